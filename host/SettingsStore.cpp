@@ -1,0 +1,213 @@
+#include "host/SettingsStore.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <tesk/path.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "host/SingletonManager.h"
+
+// The file holds one JSON object: "group/id" -> {"int": n} | {"text": s} | {"double": d}.
+// A write takes an exclusive lock, reads what is on disk, changes one entry
+// and replaces the file by rename, so concurrent writers lose nothing and a
+// crash leaves either the old or the new file.
+namespace {
+
+using Json = nlohmann::json;
+
+std::string EntryKey(int group, int id) { return std::to_string(group) + "/" + std::to_string(id); }
+
+Json ReadFile(const std::string& path) {
+    std::ifstream in(path);
+    if (!in) return Json::object();
+    std::stringstream text;
+    text << in.rdbuf();
+    Json parsed = Json::parse(text.str(), nullptr, false);
+    return parsed.is_object() ? parsed : Json::object();
+}
+
+class FileLock {
+public:
+    explicit FileLock(const std::string& path) : fd_(open((path + ".lock").c_str(), O_CREAT | O_RDWR, 0644)) {
+        if (fd_ >= 0) flock(fd_, LOCK_EX);
+    }
+    ~FileLock() {
+        if (fd_ >= 0) close(fd_);
+    }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+private:
+    int fd_;
+};
+
+class CStoreError : public TUnknownImpl<IVError> {
+public:
+    explicit CStoreError(int code) : TUnknownImpl<IVError>(IID_IVUnknown), m_code(code) {}
+    int GetCode() const override { return m_code; }
+
+private:
+    int m_code;
+};
+
+// The values as last read from or written to the file, shared by every group object.
+class SettingsFile {
+public:
+    explicit SettingsFile(std::string path) : m_path(std::move(path)) {}
+
+    void Reload() {
+        std::lock_guard lock(m_mutex);
+        m_values = ReadFile(m_path);
+        m_loaded = true;
+    }
+
+    bool Get(int group, int id, const char* kind, Json& value) {
+        std::lock_guard lock(m_mutex);
+        if (!m_loaded) {
+            m_values = ReadFile(m_path);
+            m_loaded = true;
+        }
+        auto entry = m_values.find(EntryKey(group, id));
+        if (entry == m_values.end() || !entry->is_object() || !entry->contains(kind)) return false;
+        value = (*entry)[kind];
+        return true;
+    }
+
+    bool Set(int group, int id, const char* kind, const Json& value) {
+        std::lock_guard lock(m_mutex);
+        FileLock fileLock(m_path);
+        Json merged = ReadFile(m_path);
+        merged[EntryKey(group, id)] = Json{{kind, value}};
+        m_values = merged;
+        m_loaded = true;
+        return tesk::path::WriteFileAtomically(m_path, merged.dump(1) + "\n");
+    }
+
+    bool Erase(int group, int id) {
+        std::lock_guard lock(m_mutex);
+        FileLock fileLock(m_path);
+        Json merged = ReadFile(m_path);
+        bool existed = merged.erase(EntryKey(group, id)) > 0;
+        m_values = merged;
+        m_loaded = true;
+        return existed && tesk::path::WriteFileAtomically(m_path, merged.dump(1) + "\n");
+    }
+
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::mutex m_mutex;
+    std::string m_path;
+    Json m_values = Json::object();
+    bool m_loaded = false;
+};
+
+class CIntWriter : public TUnknownImpl<IVSettingsIntWriter> {
+public:
+    CIntWriter(SettingsFile& file, int group) : TUnknownImpl(IID_IVSettingsIntWriter), m_file(file), m_group(group) {}
+    IVError* Write(int id, int value, int) override {
+        return m_file.Set(m_group, id, "int", value) ? nullptr : new CStoreError(ERROR_WRITE_FAULT);
+    }
+
+private:
+    SettingsFile& m_file;
+    int m_group;
+};
+
+class CTextWriter : public TUnknownImpl<IVSettingsTextWriter> {
+public:
+    CTextWriter(SettingsFile& file, int group) : TUnknownImpl(IID_IVSettingsTextWriter), m_file(file), m_group(group) {}
+    IVError* Write(int id, const wchar_t* value, int) override {
+        if (!value) return new CStoreError(ERROR_INVALID_PARAMETER);
+        return m_file.Set(m_group, id, "text", tesk::path::Utf8(value)) ? nullptr : new CStoreError(ERROR_WRITE_FAULT);
+    }
+
+private:
+    SettingsFile& m_file;
+    int m_group;
+};
+
+class CSettingsGroup : public TUnknownImpl<IVSettingsGroup> {
+public:
+    CSettingsGroup(SettingsFile& file, int group) : TUnknownImpl(IID_IVSettingsGroup), m_file(file), m_group(group) {}
+
+    HRESULT QueryInterface(const GUID& iid, void** out) override {
+        if (!out) return E_POINTER;
+        if (iid == IID_IVSettingsIntWriter) {
+            *out = static_cast<IVSettingsIntWriter*>(new CIntWriter(m_file, m_group));
+            return S_OK;
+        }
+        if (iid == IID_IVSettingsTextWriter) {
+            *out = static_cast<IVSettingsTextWriter*>(new CTextWriter(m_file, m_group));
+            return S_OK;
+        }
+        return TUnknownImpl::QueryInterface(iid, out);
+    }
+
+    bool ReadInt(int id, int& value) override {
+        Json json;
+        if (!m_file.Get(m_group, id, "int", json) || !json.is_number_integer()) return false;
+        value = json.get<int>();
+        return true;
+    }
+    bool ReadText(int id, CString& value) override {
+        Json json;
+        if (!m_file.Get(m_group, id, "text", json) || !json.is_string()) return false;
+        value = CString(json.get<std::string>().c_str());
+        return true;
+    }
+    bool ReadDouble(int id, double& value) override {
+        Json json;
+        if (!m_file.Get(m_group, id, "double", json) || !json.is_number()) return false;
+        value = json.get<double>();
+        return true;
+    }
+    IVError* WriteDouble(int id, double value, int) override {
+        return m_file.Set(m_group, id, "double", value) ? nullptr : new CStoreError(ERROR_WRITE_FAULT);
+    }
+
+private:
+    SettingsFile& m_file;
+    int m_group;
+};
+
+class CFileSettingsStore : public TUnknownImpl<IVSettingsStore> {
+public:
+    CFileSettingsStore() : TUnknownImpl(IID_IVSettingsStore), m_file(SettingsFilePath()) {}
+    IVError* Prepare() override {
+        m_file.Reload();
+        return nullptr;
+    }
+    IVError* OpenGroup(int group, IVSettingsGroup** out) override {
+        if (!out) return new CStoreError(ERROR_INVALID_PARAMETER);
+        *out = new CSettingsGroup(m_file, group);
+        return nullptr;
+    }
+
+private:
+    SettingsFile m_file;
+};
+
+void ReleaseStore(void* store) { static_cast<IVSettingsStore*>(store)->Release(); }
+
+}  // namespace
+
+std::string SettingsFilePath() { return tesk::path::ConfigDirectory() + "/settings.json"; }
+
+IVSettingsStore* CreateFileSettingsStore() { return new CFileSettingsStore; }
+
+IVSettingsStore* RegisterSettingsStoreService() {
+    CSingletonManager& manager = CSingletonManager::Instance();
+    if (void* existing = manager.GetInstanceVoid(kSettingsStoreGUID)) return static_cast<IVSettingsStore*>(existing);
+    IVSettingsStore* store = CreateFileSettingsStore();
+    if (!manager.AddVoid(kSettingsStoreGUID, store, ReleaseStore)) {
+        store->Release();
+        return static_cast<IVSettingsStore*>(manager.GetInstanceVoid(kSettingsStoreGUID));
+    }
+    return store;
+}

@@ -1,0 +1,21 @@
+// The host error-code library's exception: carries a numeric error code.
+#pragma once
+#include <exception>
+
+class __attribute__((visibility("default"))) CVException : public std::exception {
+public:
+    explicit CVException(int code) : m_nCode(code) {}
+    int GetCode() const { return m_nCode; }
+    const char* what() const noexcept override { return "CVException"; }
+
+private:
+    int m_nCode;
+};
+
+enum VellErrorCode : int {
+    VELL_OK = 0,
+    VELL_ERR_TRANSLATE = 101,
+    VELL_ERR_NO_MEMORY = 102,
+    VELL_ERR_PIXEL_FORMAT = 162,
+    VELL_ERR_PLANE_SIZE = 65534,
+};

@@ -1,0 +1,23 @@
+// String tables of a resource module (such as TeskColorMgrRC): the module
+// exports TeskResourceStringTables, a list ending with a null language.
+#pragma once
+#include "../windef.h"
+
+struct TeskResourceString {
+    UINT id;
+    const wchar_t* text;
+};
+
+struct TeskResourceStringTable {
+    const char* language;  // "en-us", "de-de", ... (lower case)
+    const TeskResourceString* strings;
+    UINT count;
+};
+
+typedef const TeskResourceStringTable* (*PFN_TeskResourceStringTables)();
+
+namespace tesk {
+// The user's language tag from LC_ALL, LC_MESSAGES or LANG ("de_DE.UTF-8" ->
+// "de-de"); "en-us" when none is set or it is "C"/"POSIX".
+TESK_WIN32_API const char* UserLanguageTag();
+}  // namespace tesk
