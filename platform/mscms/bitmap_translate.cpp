@@ -1,0 +1,168 @@
+// TranslateBitmapBits: a whole bitmap goes to lcms2 in one call, or in a few
+// bands of rows on worker threads; never pixel by pixel.
+#include <icm.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "bitmap_format.h"
+#include "transform_handles.h"
+
+namespace tesk::mscms {
+namespace {
+
+// Below this many pixels a second thread costs more than it saves.
+constexpr uint64_t kParallelPixels = uint64_t{1} << 20;
+constexpr unsigned kMaxThreads = 8;
+// With a progress callback, rows go in bands of about this many pixels.
+constexpr uint64_t kCallbackBandPixels = uint64_t{1} << 18;
+
+// TESK_TRANSLATE_THREADS=n fixes the number of threads (1 for benchmarks and
+// for tests that compare against a single thread).
+unsigned ForcedThreadCount() {
+    const char* value = std::getenv("TESK_TRANSLATE_THREADS");
+    if (!value || !*value) return 0;
+    const long n = std::strtol(value, nullptr, 10);
+    return n < 1 ? 0 : static_cast<unsigned>(std::min<long>(n, kMaxThreads));
+}
+
+unsigned ThreadCount(uint64_t pixels) {
+    if (unsigned forced = ForcedThreadCount()) return forced;
+    if (pixels < kParallelPixels) return 1;
+    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    return static_cast<unsigned>(std::min<uint64_t>({cores, kMaxThreads, pixels / (kParallelPixels / 2)}));
+}
+
+struct Plane {
+    uint8_t* bits;
+    uint64_t stride;
+    uint64_t rowBytes;
+};
+
+// Rows of one bitmap may be split between threads unless the two bitmaps
+// overlap in a way that makes one row's output another row's input.
+bool RowsIndependent(const Plane& in, const Plane& out, DWORD height) {
+    const uint8_t* inEnd = in.bits + (height - 1) * in.stride + in.rowBytes;
+    const uint8_t* outEnd = out.bits + (height - 1) * out.stride + out.rowBytes;
+    const bool overlap = in.bits < outEnd && out.bits < inEnd;
+    return !overlap || (in.bits == out.bits && in.stride == out.stride && out.rowBytes <= in.rowBytes);
+}
+
+class RowTranslator {
+public:
+    RowTranslator(cmsHTRANSFORM transform, Plane in, Plane out, DWORD width, unsigned threads)
+        : transform_(transform), in_(in), out_(out), width_(width), threads_(threads) {}
+
+    // Rows [first, first + count) split into equal parts, the first part on
+    // the calling thread. Each row is computed the same way whatever the
+    // split, so the result does not depend on the thread count.
+    void Run(DWORD first, DWORD count) {
+        const unsigned parts = std::min<unsigned>(threads_, count);
+        if (parts <= 1) {
+            Translate(first, count);
+            return;
+        }
+        std::vector<std::thread> workers;
+        DWORD next = first + count / parts + (count % parts != 0);
+        const DWORD firstPart = next - first;
+        for (unsigned i = 1; i < parts; ++i) {
+            const DWORD rows = count / parts + (i < count % parts);
+            try {
+                workers.emplace_back([this, next, rows] { Translate(next, rows); });
+            } catch (const std::system_error&) {
+                Translate(next, rows);  // no thread to be had: do it here
+            }
+            next += rows;
+        }
+        Translate(first, firstPart);
+        for (std::thread& worker : workers) worker.join();
+    }
+
+private:
+    void Translate(DWORD first, DWORD rows) {
+        cmsDoTransformLineStride(transform_, in_.bits + first * in_.stride, out_.bits + first * out_.stride, width_,
+                                 rows, static_cast<cmsUInt32Number>(in_.stride),
+                                 static_cast<cmsUInt32Number>(out_.stride), 0, 0);
+    }
+
+    cmsHTRANSFORM transform_;
+    Plane in_;
+    Plane out_;
+    DWORD width_;
+    unsigned threads_;
+};
+
+// A stride of 0 means rows padded to 4 bytes. A stride shorter than a row is
+// harmless for a single row, which never steps to the next.
+bool MakePlane(PVOID bits, DWORD width, DWORD height, DWORD stride, size_t bytesPerPixel, Plane& plane) {
+    const uint64_t rowBytes = uint64_t{width} * bytesPerPixel;
+    const uint64_t step = stride ? stride : (rowBytes + 3) & ~uint64_t{3};
+    if (step > UINT32_MAX || (height > 1 && step < rowBytes)) return false;
+    plane = {static_cast<uint8_t*>(bits), step, rowBytes};
+    return true;
+}
+
+}  // namespace
+}  // namespace tesk::mscms
+
+using namespace tesk::mscms;
+
+// The callback gets (rows in all, rows done) between bands of rows; FALSE
+// from it stops the translation, which then fails with ERROR_CANCELLED.
+BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT bmInput, DWORD dwWidth,
+                                DWORD dwHeight, DWORD dwInputStride, PVOID pDestBits, BMFORMAT bmOutput,
+                                DWORD dwOutputStride, PBMCALLBACKFN pfnCallBack, LPARAM ulCallbackData) {
+    auto transform = FindTransform(hColorTransform);
+    if (!transform) return FALSE;
+    if (!pSrcBits || !pDestBits) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    BitmapLayout input, output;
+    DWORD error = ERROR_SUCCESS;
+    if (!LookUpBitmapLayout(bmInput, input, error) || !LookUpBitmapLayout(bmOutput, output, error)) {
+        SetLastError(error);
+        return FALSE;
+    }
+    const ChainTransforms& chain = *transform->chain;
+    if (!FormatFitsColorSpace(input.lcmsFormat, chain.EntrySpace()) ||
+        !FormatFitsColorSpace(output.lcmsFormat, chain.ExitSpace())) {
+        SetLastError(ERROR_COLORSPACE_MISMATCH);
+        return FALSE;
+    }
+    if (dwWidth == 0 || dwHeight == 0) return TRUE;
+    Plane in, out;
+    if (!MakePlane(pSrcBits, dwWidth, dwHeight, dwInputStride, input.bytesPerPixel, in) ||
+        !MakePlane(pDestBits, dwWidth, dwHeight, dwOutputStride, output.bytesPerPixel, out)) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    auto lcms = transform->chain->For(input.lcmsFormat, output.lcmsFormat);
+    if (!lcms) {
+        SetLastError(ERROR_INVALID_TRANSFORM);
+        return FALSE;
+    }
+
+    const uint64_t pixels = uint64_t{dwWidth} * dwHeight;
+    const unsigned threads = RowsIndependent(in, out, dwHeight) ? ThreadCount(pixels) : 1;
+    RowTranslator translator(lcms->Get(), in, out, dwWidth, threads);
+    if (!pfnCallBack) {
+        translator.Run(0, dwHeight);
+        return TRUE;
+    }
+    const DWORD band = static_cast<DWORD>(std::clamp<uint64_t>(kCallbackBandPixels / dwWidth, 1, dwHeight));
+    for (DWORD row = 0; row < dwHeight; row += band) {
+        const DWORD rows = std::min(band, dwHeight - row);
+        translator.Run(row, rows);
+        const DWORD done = row + rows;
+        if (done < dwHeight && !pfnCallBack(dwHeight, done, ulCallbackData)) {
+            SetLastError(ERROR_CANCELLED);
+            return FALSE;
+        }
+    }
+    return TRUE;
+}

@@ -1,0 +1,56 @@
+#include "transform_cache.h"
+
+#include <windows.h>
+
+#include <list>
+#include <mutex>
+
+namespace tesk::mscms {
+namespace {
+
+struct Cache {
+    std::mutex mutex;
+    std::list<std::shared_ptr<ChainTransforms>> recent;  // most recent first
+
+    std::shared_ptr<ChainTransforms> Find(const ChainKey& key) {
+        for (auto it = recent.begin(); it != recent.end(); ++it) {
+            if ((*it)->Key() == key) {
+                recent.splice(recent.begin(), recent, it);
+                return recent.front();
+            }
+        }
+        return nullptr;
+    }
+};
+
+Cache& TheCache() {
+    static Cache* cache = new Cache;  // never destroyed: in use until process exit
+    return *cache;
+}
+
+}  // namespace
+
+std::shared_ptr<ChainTransforms> AcquireChain(ChainKey key, DWORD& error) {
+    Cache& cache = TheCache();
+    {
+        std::lock_guard lock(cache.mutex);
+        if (auto found = cache.Find(key)) return found;
+    }
+
+    // Made outside the lock: building a transform takes long, and other
+    // threads may meanwhile use chains already cached.
+    auto chain = std::make_shared<ChainTransforms>(std::move(key));
+    const auto [input, output] = chain->UsualFormats();
+    if (!chain->For(input, output)) {
+        error = ERROR_INVALID_TRANSFORM;
+        return nullptr;
+    }
+
+    std::lock_guard lock(cache.mutex);
+    if (auto raced = cache.Find(chain->Key())) return raced;
+    cache.recent.push_front(chain);
+    if (cache.recent.size() > kChainCacheCapacity) cache.recent.pop_back();
+    return chain;
+}
+
+}  // namespace tesk::mscms

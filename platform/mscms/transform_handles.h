@@ -1,0 +1,19 @@
+// HTRANSFORM values: counters, not addresses, looked up in a table, so a
+// closed or foreign handle is recognised and never dereferenced.
+#pragma once
+#include "transform_chain.h"
+
+#include <memory>
+
+namespace tesk::mscms {
+
+struct ColorTransform {
+    std::shared_ptr<ChainTransforms> chain;
+};
+
+HTRANSFORM RegisterTransform(std::shared_ptr<ColorTransform> transform);
+// Null, with last error ERROR_INVALID_HANDLE, for a handle that is not open.
+std::shared_ptr<ColorTransform> FindTransform(HTRANSFORM handle);
+bool UnregisterTransform(HTRANSFORM handle);
+
+}  // namespace tesk::mscms
