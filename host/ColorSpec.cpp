@@ -1,0 +1,11 @@
+#include "host/ColorSpec.h"
+
+#include <atomic>
+
+namespace {
+std::atomic<const SColorSpecRGB*> g_defaultColorSpec{nullptr};
+}
+
+void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* spec) { g_defaultColorSpec.store(spec); }
+
+const SColorSpecRGB* VGDI_TeskGDI_GetColorSpec() { return g_defaultColorSpec.load(); }
