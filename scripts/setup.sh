@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs what the build, the tests and the reference tools need (Debian
+# packages only), then configures and builds into build/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+packages=(
+  build-essential cmake pkg-config
+  liblcms2-dev libtiff-dev libpng-dev libjpeg-dev nlohmann-json3-dev
+  libx11-dev libxrandr-dev
+  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  # Reference tools and real profiles the tests compare against.
+  liblcms2-utils libtiff-tools argyll colord-data icc-profiles-free libgs-common
+  xvfb x11-xserver-utils
+)
+if [ "$(id -u)" = 0 ]; then sudo=""; else sudo="sudo"; fi
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  export DEBIAN_FRONTEND=noninteractive
+  $sudo apt-get update
+  $sudo apt-get install -y --no-install-recommends "${missing[@]}"
+fi
+
+cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo ${TESK_CMAKE_FLAGS:-}
+cmake --build build -j2

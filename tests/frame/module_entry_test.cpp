@@ -1,0 +1,39 @@
+// The module's entry: its resource library is found through the language
+// service while the module loads, and a missing one is survived.
+#include <tesk/loader.h>
+#include <tesk/path.h>
+
+#include "host/ConnectLanguage.h"
+#include "module/Entry.h"
+#include "support/temp_env.h"
+
+TEST(ModuleEntry, ResourceLibraryIsLinkedAtLoad) {
+    CString name;
+    ASSERT_TRUE(name.LoadString(10401));
+    EXPECT_EQ(name, L"sRGB Color Space Profile.icm");
+    ASSERT_TRUE(name.LoadString(10403));
+    EXPECT_EQ(name, L"SWOP Coated (TR003).icc");
+    HMODULE resources = TeskColorMgrExtension().hResource;
+    ASSERT_NE(resources, nullptr);
+    EXPECT_NE(resources, TeskColorMgrExtension().hModule);
+
+    wchar_t own[520];
+    ASSERT_GT(GetModuleFileNameW(TeskColorMgrExtension().hModule, own, 520), 0u);
+    EXPECT_EQ(CConnectLanguage::Instance().GetModuleResource(CString(own)), resources);
+}
+
+TEST(ModuleEntry, EmptyLanguagePathLinksNothing) {
+    int before = CConnectLanguage::Instance().GetModuleInfoCount();
+    setenv("TESK_LANGUAGE_PATH", "", 1);
+    LinkExtension(CString(L"TeskColorMgr"));
+    unsetenv("TESK_LANGUAGE_PATH");
+    EXPECT_EQ(CConnectLanguage::Instance().GetModuleInfoCount(), before);
+}
+
+TEST(ModuleEntry, MissingResourceLibraryIsRecordedWithoutOne) {
+    int before = CConnectLanguage::Instance().GetModuleInfoCount();
+    setenv("TESK_LANGUAGE_PATH", "/nonexistent", 1);
+    LinkExtension(CString(L"NoSuchModule"));
+    unsetenv("TESK_LANGUAGE_PATH");
+    EXPECT_EQ(CConnectLanguage::Instance().GetModuleInfoCount(), before + 1);
+}

@@ -1,0 +1,82 @@
+// The trace switch and line layout, observed from a fresh process each time.
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <regex>
+#include <string>
+
+#include "support/temp_env.h"
+
+namespace {
+
+struct ProbeOutput {
+    std::string out;
+    std::string err;
+};
+
+ProbeOutput RunProbe(const tesk::test::TempEnvironment& env, const char* arguments = "") {
+    std::string errFile = env.Root() + "/stderr.txt";
+    std::string command = std::string("'") + TRACE_PROBE + "' " + arguments + " 2>'" + errFile + "'";
+    ProbeOutput result;
+    FILE* pipe = popen(command.c_str(), "r");
+    std::array<char, 4096> chunk{};
+    while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.out.append(chunk.data(), n);
+    pclose(pipe);
+    auto bytes = tesk::test::ReadBytes(errFile);
+    result.err.assign(bytes.begin(), bytes.end());
+    return result;
+}
+
+void SetRegistrySwitch(DWORD value) {
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Vesko\\Quenfold Pro\\X9\\Debug", 0, nullptr, 0,
+                              KEY_ALL_ACCESS, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    ASSERT_EQ(RegSetValueExW(key, L"Enable", 0, REG_DWORD, reinterpret_cast<BYTE*>(&value), sizeof value),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+}
+
+}  // namespace
+
+TEST(TraceSwitch, RegistryOnPublishesTheDecisionAndWritesExactLines) {
+    tesk::test::TempEnvironment env;
+    SetRegistrySwitch(1);
+    ProbeOutput probe = RunProbe(env);
+    EXPECT_NE(probe.out.find("published=1 enabled=1"), std::string::npos) << probe.out;
+
+    // Thread marker, tag, category, separator, message, with nothing in between.
+    std::regex entry(R"(\[\d+\]\[QFXx64\]\t\[INFO\]\t\t\[DllMain\]\t:\tTeskColorMgr\.dll DllMain Enter \n)");
+    EXPECT_TRUE(std::regex_search(probe.err, entry)) << probe.err;
+    EXPECT_NE(probe.err.find("[DllMain]\t:\tVCM.DLL Initializing \n"), std::string::npos);
+    std::regex sourceLine(R"(\[\d+\]\[QFXx64\]\t\[INFO\]\t\t\[Probe\]\t\[probe\.cpp\(42\)\]:\tvalue 7 of seven\n)");
+    EXPECT_TRUE(std::regex_search(probe.err, sourceLine)) << probe.err;
+    // An empty tag is allowed and simply left out; a null one is not.
+    EXPECT_TRUE(std::regex_search(probe.err, std::regex(R"(\[\d+\]:\tbare line\n)"))) << probe.err;
+    EXPECT_EQ(probe.err.find("null tag line"), std::string::npos);
+    EXPECT_EQ(probe.err.find("debug tag line"), std::string::npos);
+}
+
+TEST(TraceSwitch, OffWithoutRegistryValueAndNothingWritten) {
+    tesk::test::TempEnvironment env;
+    ProbeOutput probe = RunProbe(env);
+    EXPECT_NE(probe.out.find("published=0 enabled=0"), std::string::npos) << probe.out;
+    EXPECT_EQ(probe.err, "");
+}
+
+TEST(TraceSwitch, ZeroValueMeansOff) {
+    tesk::test::TempEnvironment env;
+    SetRegistrySwitch(0);
+    ProbeOutput probe = RunProbe(env);
+    EXPECT_NE(probe.out.find("enabled=0"), std::string::npos) << probe.out;
+    EXPECT_EQ(probe.err, "");
+}
+
+TEST(TraceSwitch, ExistingUnsignalledEventWinsOverTheRegistry) {
+    tesk::test::TempEnvironment env;
+    SetRegistrySwitch(1);
+    ProbeOutput probe = RunProbe(env, "--event-first");
+    EXPECT_NE(probe.out.find("published=0 enabled=0"), std::string::npos) << probe.out;
+    EXPECT_EQ(probe.err, "");
+}
