@@ -258,6 +258,9 @@ TESK_WIN32_API COLORREF WINAPI GetPixel(HDC hdc, int x, int y);
 // or 32-bit DIB; a negative biHeight asks for top-down rows.
 TESK_WIN32_API int WINAPI GetDIBits(HDC hdc, HBITMAP hbm, UINT start, UINT cLines, LPVOID lpvBits,
                                     LPBITMAPINFO lpbmi, UINT usage);
+#define SP_ERROR (-1)
+// Printer DCs: each page is rendered at the device mode's resolution and the
+// document goes to the printer (or to lpszOutput) as a PDF of raster pages.
 TESK_WIN32_API int WINAPI StartDocW(HDC hdc, const DOCINFOW* lpdi);
 TESK_WIN32_API int WINAPI EndDoc(HDC hdc);
 TESK_WIN32_API int WINAPI StartPage(HDC hdc);

@@ -15,3 +15,9 @@ TESK_WIN32_API LONG WINAPI DocumentPropertiesW(HWND hWnd, HANDLE hPrinter, LPWST
                                                PDEVMODEW pDevModeOutput, PDEVMODEW pDevModeInput, DWORD fMode);
 TESK_WIN32_API BOOL WINAPI GetDefaultPrinterW(LPWSTR pszBuffer, LPDWORD pcchBuffer);
 TESK_WIN32_API BOOL WINAPI SetDefaultPrinterW(LPCWSTR pszPrinter);
+
+#define IDOK 1
+// Linux only: "name,driver,port" of the default printer (what win.ini's
+// "windows"/"device" holds on Windows); FALSE when there is none or it does
+// not fit in `size` characters.
+TESK_WIN32_API BOOL WINAPI TeskQueryDefaultPrinterDevice(LPWSTR buffer, DWORD size);

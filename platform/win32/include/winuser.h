@@ -26,6 +26,14 @@ typedef struct tagMONITORINFOEXW {
 } MONITORINFOEXW, *LPMONITORINFOEXW;
 
 #define EDD_GET_DEVICE_INTERFACE_NAME 0x00000001
+#ifndef ERROR_INVALID_WINDOW_HANDLE
+#define ERROR_INVALID_WINDOW_HANDLE 1400L
+#endif
+
+// Record sizes count two bytes a character, as on Windows (DISPLAY_DEVICEW
+// 840, MONITORINFO 40, MONITORINFOEXW 104), so callers may pass either those
+// or sizeof of the Linux records; a record is filled as far as its size
+// reaches, counted the Windows way.
 
 TESK_WIN32_API BOOL WINAPI EnumDisplayDevicesW(LPCWSTR lpDevice, DWORD iDevNum, PDISPLAY_DEVICEW lpDisplayDevice,
                                                DWORD dwFlags);

@@ -1,0 +1,51 @@
+#include "display.h"
+
+#include <cstdlib>
+#include <cwctype>
+#include <mutex>
+
+namespace tesk::display {
+namespace {
+
+std::mutex g_mutex;
+std::unique_ptr<Backend> g_backend;
+
+}  // namespace
+
+Backend& Current() {
+    std::lock_guard lock(g_mutex);
+    if (!g_backend) {
+#ifdef TESK_HAVE_XRANDR
+        const char* display = std::getenv("DISPLAY");
+        if (display && *display) g_backend = MakeX11Backend();
+#endif
+        if (!g_backend) g_backend = MakeVirtualBackend();
+    }
+    return *g_backend;
+}
+
+void Reset() {
+    std::lock_guard lock(g_mutex);
+    g_backend.reset();
+}
+
+bool SameDeviceName(const std::wstring& a, const std::wstring& b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (std::towupper(a[i]) != std::towupper(b[i])) return false;
+    return true;
+}
+
+std::optional<size_t> FindAdapter(const wchar_t* name) {
+    std::vector<Adapter> adapters = Current().Adapters();
+    if (!name || SameDeviceName(name, L"DISPLAY")) {
+        for (size_t i = 0; i < adapters.size(); ++i)
+            if (adapters[i].primary) return i;
+        return adapters.empty() ? std::nullopt : std::optional<size_t>(0);
+    }
+    for (size_t i = 0; i < adapters.size(); ++i)
+        if (SameDeviceName(adapters[i].name, name)) return i;
+    return std::nullopt;
+}
+
+}  // namespace tesk::display

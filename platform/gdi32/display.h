@@ -1,0 +1,73 @@
+// The displays behind "DISPLAY" device contexts and User32's adapter and
+// monitor enumeration. gdi32.so owns them; user32.so links gdi32.so and asks
+// through these functions, so both modules see one set of displays.
+#pragma once
+#include <windows.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#define TESK_GDI_INTERNAL __attribute__((visibility("default")))
+
+namespace tesk::display {
+
+inline constexpr size_t kGammaEntries = 256;
+// Red, green and blue, 256 entries each: the Windows gamma-ramp layout.
+using GammaRamp = std::vector<WORD>;
+
+struct Monitor {
+    std::wstring name;      // "\\.\DISPLAY1\Monitor0"
+    std::wstring string;    // what the monitor calls itself
+    std::wstring id;        // device identifier; the device string of profile associations
+    std::wstring key;
+    bool attached = true;
+};
+
+struct Adapter {
+    std::wstring name;      // "\\.\DISPLAY1": the device name CreateDCW and MONITORINFOEXW use
+    std::wstring string;
+    std::wstring id;
+    std::wstring key;
+    bool attached = true;
+    bool primary = false;
+    RECT bounds{};          // in desktop coordinates
+    std::vector<Monitor> monitors;
+};
+
+// One display system: the X server when DISPLAY names one, else a virtual
+// display held in memory.
+class Backend {
+public:
+    virtual ~Backend() = default;
+    virtual std::vector<Adapter> Adapters() = 0;
+    virtual bool GetGamma(size_t adapter, GammaRamp& ramp) = 0;
+    virtual bool SetGamma(size_t adapter, const GammaRamp& ramp) = 0;
+    // The display's own profile as a Linux path; nullopt when it has none.
+    virtual std::optional<std::string> Profile(size_t adapter) = 0;
+    // Makes the profile file at `nativePath` the display's profile; false
+    // with last error set when it cannot.
+    virtual bool SetProfile(size_t adapter, const std::string& nativePath) = 0;
+    virtual const char* Kind() const = 0;
+};
+
+// The backend of this process, chosen on first use.
+TESK_GDI_INTERNAL Backend& Current();
+// Tests: forget the chosen backend so that the next use chooses again.
+TESK_GDI_INTERNAL void Reset();
+
+// Index of the adapter named `name` ("DISPLAY" and null are the primary one);
+// nullopt for an unknown name.
+TESK_GDI_INTERNAL std::optional<size_t> FindAdapter(const wchar_t* name);
+
+// Case-insensitive comparison of device names.
+TESK_GDI_INTERNAL bool SameDeviceName(const std::wstring& a, const std::wstring& b);
+
+std::unique_ptr<Backend> MakeVirtualBackend();
+#ifdef TESK_HAVE_XRANDR
+std::unique_ptr<Backend> MakeX11Backend();  // null when no X server can be reached
+#endif
+
+}  // namespace tesk::display

@@ -1,0 +1,48 @@
+#include "gdi_test_support.h"
+
+#include <lcms2.h>
+#include <tesk/path.h>
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include "display.h"
+
+namespace tesk::test {
+
+void GdiTest::SetUp() {
+    unsetenv("DISPLAY");
+    unsetenv("TESK_TEST_PRINTERS");
+    setenv("TESK_TEST_PRINTER_SPOOL", SpoolDir().c_str(), 1);
+    display::Reset();
+}
+
+void GdiTest::TearDown() {
+    unsetenv("TESK_TEST_PRINTERS");
+    unsetenv("TESK_TEST_PRINTER_SPOOL");
+    display::Reset();
+}
+
+void GdiTest::UsePrinters(const std::string& list) { setenv("TESK_TEST_PRINTERS", list.c_str(), 1); }
+
+void WriteRgbProfile(const std::string& nativePath, bool wideGamut) {
+    cmsHPROFILE profile = nullptr;
+    if (!wideGamut) {
+        profile = cmsCreate_sRGBProfile();
+    } else {
+        cmsCIExyY white;
+        cmsWhitePointFromTemp(&white, 6504);
+        cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1}, {0.21, 0.71, 1}, {0.15, 0.06, 1}};
+        cmsToneCurve* gamma = cmsBuildGamma(nullptr, 2.2);
+        cmsToneCurve* curves[3] = {gamma, gamma, gamma};
+        profile = cmsCreateRGBProfile(&white, &primaries, curves);
+        cmsFreeToneCurve(gamma);
+    }
+    if (!profile || !cmsSaveProfileToFile(profile, nativePath.c_str()))
+        throw std::runtime_error("cannot write profile " + nativePath);
+    cmsCloseProfile(profile);
+}
+
+std::wstring Wide(const std::string& text) { return path::Wide(text); }
+
+}  // namespace tesk::test

@@ -1,0 +1,29 @@
+// Shared set-up of the GDI32 / User32 / ICMUI tests.
+#pragma once
+#include <windows.h>
+
+#include <string>
+
+#include "support/temp_env.h"
+
+namespace tesk::test {
+
+// A headless process: no X display, no printers unless the test names some,
+// the virtual display chosen afresh.
+class GdiTest : public IsolatedTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+    // Names test printers (TESK_TEST_PRINTERS) and points their spool folder
+    // into the test's folder.
+    void UsePrinters(const std::string& list);
+    std::string SpoolDir() const { return env_.Root() + "/spool"; }
+};
+
+// Writes an RGB profile made by lcms2 to `nativePath`: sRGB, or with
+// `wideGamut` a gamma 2.2 profile with Adobe RGB (1998)'s primaries.
+void WriteRgbProfile(const std::string& nativePath, bool wideGamut);
+
+std::wstring Wide(const std::string& text);
+
+}  // namespace tesk::test
