@@ -122,7 +122,10 @@ bool MakeChainKey(std::vector<ChainMember> members, DWORD windowsFlags, ChainKey
         } else if (IsPcs(current)) {
             use(members[i].intentAsDestination);
             current = info.space;
-            if (!isLast && !IsPcs(info.space)) {
+            // Device data go on through the profile again, unless a device
+            // link that takes them as they are comes next.
+            const bool linkFollows = !isLast && ReadHeader(members[i + 1].bytes).deviceClass == cmsSigLinkClass;
+            if (!isLast && !linkFollows && !IsPcs(info.space)) {
                 use(members[i].intentAsSource);
                 current = info.pcs;
             }
