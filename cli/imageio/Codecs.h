@@ -1,0 +1,27 @@
+// The readers and writers of each file format. Readers take a whole file in
+// memory or a path; both report a bad file as CCliError(Corrupt/Unsupported)
+// with one line of text and never read outside the data they were given.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "cli/imageio/Image.h"
+
+class CStatusControl;
+
+namespace teskcolor {
+
+SImage ReadTiffFile(const std::string& path, const SReadOptions& options, CStatusControl* status);
+SImage ReadTiffMemory(const uint8_t* data, size_t size, const SReadOptions& options);
+void WriteTiff(const std::string& path, const SImage& image, CStatusControl* status);
+
+SImage ReadPngFile(const std::string& path, const SReadOptions& options, CStatusControl* status);
+SImage ReadPngMemory(const uint8_t* data, size_t size, const SReadOptions& options);
+void WritePng(const std::string& path, const SImage& image, CStatusControl* status);
+
+SImage ReadJpegFile(const std::string& path, const SReadOptions& options, CStatusControl* status);
+SImage ReadJpegMemory(const uint8_t* data, size_t size, const SReadOptions& options);
+void WriteJpeg(const std::string& path, const SImage& image, const SWriteOptions& options, CStatusControl* status);
+
+}  // namespace teskcolor

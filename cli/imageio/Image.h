@@ -1,0 +1,34 @@
+// An image as the command-line host holds it between files and the module:
+// pixels in the imaging library's layouts plus the embedded ICC profile.
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/imaging/RowIterator.h"
+
+namespace teskcolor {
+
+enum class EImageType { Tiff, Png, Jpeg };
+
+// Pixel layouts used: 5/10 grey, 6/11 grey+alpha, 7/12 B,G,R, 8/13 B,G,R,A.
+// A CMYK image keeps C,M,Y,K (ink amounts, 0 = no ink) in format 8 or 13.
+struct SImage {
+    CRowIterator pixels;
+    bool cmyk = false;
+    std::vector<uint8_t> iccProfile;  // empty when the file carries none
+};
+
+struct SReadOptions {
+    // Larger images are refused before any pixel memory is taken.
+    long long maxPixels = 1LL << 30;
+};
+
+struct SWriteOptions {
+    int jpegQuality = 92;
+};
+
+// Short name of an image's layout for messages: "8-bit RGB", "16-bit CMYK", ...
+std::string DescribeLayout(const SImage& image);
+
+}  // namespace teskcolor

@@ -1,0 +1,154 @@
+#include <cstdio>
+// jpeglib.h needs FILE and size_t declared first.
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include <csetjmp>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "cli/Errors.h"
+#include "cli/imageio/Codecs.h"
+#include "cli/imageio/JpegIcc.h"
+#include "host/imaging/StatusControl.h"
+
+namespace teskcolor {
+
+namespace {
+
+// What the decoder fills in, kept outside the function libjpeg may longjmp
+// out of, so that no destructor is skipped.
+struct SJpegJob;
+// libjpeg hands its error manager back: the job is found through it.
+struct SErrorBridge {
+    jpeg_error_mgr errors;
+    SJpegJob* job;
+};
+
+struct SJpegJob {
+    SErrorBridge bridge{};
+    std::jmp_buf jump{};
+    char message[JMSG_LENGTH_MAX] = {};
+    EExit refusal = EExit::Ok;
+    const SReadOptions* options = nullptr;
+    CStatusControl* status = nullptr;
+    std::FILE* file = nullptr;
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    std::vector<SMarkerBytes> app2;
+    SImage image;
+};
+
+SJpegJob* JobOf(j_common_ptr cinfo) { return reinterpret_cast<SErrorBridge*>(cinfo->err)->job; }
+
+void OnErrorExit(j_common_ptr cinfo) {
+    SJpegJob* job = JobOf(cinfo);
+    (*cinfo->err->format_message)(cinfo, job->message);
+    std::longjmp(job->jump, 1);
+}
+
+// Warnings are dropped, except the one that says the data ended early: a
+// truncated file is an error, not a grey bottom half.
+void OnEmitMessage(j_common_ptr cinfo, int level) {
+    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF) OnErrorExit(cinfo);
+}
+void OnOutputMessage(j_common_ptr) {}
+
+void Refuse(j_common_ptr cinfo, EExit code, const char* text) {
+    SJpegJob* job = JobOf(cinfo);
+    job->refusal = code;
+    std::snprintf(job->message, sizeof job->message, "%s", text);
+    std::longjmp(job->jump, 1);
+}
+
+bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
+    if (setjmp(job->jump)) return false;
+    jpeg_create_decompress(cinfo);
+    if (job->file)
+        jpeg_stdio_src(cinfo, job->file);
+    else
+        jpeg_mem_src(cinfo, job->data, static_cast<unsigned long>(job->size));
+    jpeg_save_markers(cinfo, JPEG_APP0 + 2, 0xFFFF);
+    jpeg_read_header(cinfo, TRUE);
+    auto* common = reinterpret_cast<j_common_ptr>(cinfo);
+    if (static_cast<long long>(cinfo->image_width) * cinfo->image_height > job->options->maxPixels)
+        Refuse(common, EExit::Unsupported, "image is larger than allowed");
+
+    EVPixelFormat format = VPF_RGB_8;
+    switch (cinfo->jpeg_color_space) {
+        case JCS_GRAYSCALE:
+            cinfo->out_color_space = JCS_GRAYSCALE;
+            format = VPF_GREY_8;
+            break;
+        case JCS_CMYK:
+        case JCS_YCCK:
+            cinfo->out_color_space = JCS_CMYK;
+            format = VPF_RGBA_8;
+            job->image.cmyk = true;
+            break;
+        default: cinfo->out_color_space = JCS_EXT_BGR; break;
+    }
+    jpeg_start_decompress(cinfo);
+    if (cinfo->output_components != CVPixelFormat::GetChannelCount(format))
+        Refuse(common, EExit::Unsupported, "JPEG colour layout is not supported");
+    if (!job->image.pixels.Create(int(cinfo->output_width), int(cinfo->output_height), format))
+        Refuse(common, EExit::Failed, "not enough memory for the image");
+    if (job->status) job->status->SetProgressRange(cinfo->output_height);
+    while (cinfo->output_scanline < cinfo->output_height) {
+        if (job->status) job->status->SetProgress(cinfo->output_scanline);
+        JSAMPROW row = job->image.pixels.GetRow(int(cinfo->output_scanline));
+        jpeg_read_scanlines(cinfo, &row, 1);
+    }
+    // Adobe's applications store CMYK inverted and say so with their APP14 marker.
+    if (job->image.cmyk && cinfo->saw_Adobe_marker) {
+        const size_t rowBytes = size_t(cinfo->output_width) * 4;
+        for (JDIMENSION y = 0; y < cinfo->output_height; ++y) {
+            BYTE* row = job->image.pixels.GetRow(int(y));
+            for (size_t i = 0; i < rowBytes; ++i) row[i] = BYTE(~row[i]);
+        }
+    }
+    for (jpeg_saved_marker_ptr marker = cinfo->marker_list; marker; marker = marker->next)
+        if (marker->marker == JPEG_APP0 + 2) job->app2.push_back({marker->data, marker->data_length});
+    job->image.iccProfile = JoinIccMarkers(job->app2);
+    jpeg_finish_decompress(cinfo);
+    return true;
+}
+
+SImage Read(SJpegJob& job, const std::string& name) {
+    jpeg_decompress_struct cinfo{};
+    cinfo.err = jpeg_std_error(&job.bridge.errors);
+    job.bridge.job = &job;
+    job.bridge.errors.error_exit = OnErrorExit;
+    job.bridge.errors.emit_message = OnEmitMessage;
+    job.bridge.errors.output_message = OnOutputMessage;
+    const bool ok = Decode(&cinfo, &job);
+    jpeg_destroy_decompress(&cinfo);
+    if (!ok) {
+        EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
+        throw CCliError(code, name + ": " + (code == EExit::Corrupt ? "corrupt or truncated JPEG: " : "") + job.message);
+    }
+    return std::move(job.image);
+}
+
+}  // namespace
+
+SImage ReadJpegFile(const std::string& path, const SReadOptions& options, CStatusControl* status) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
+    SJpegJob job;
+    job.options = &options;
+    job.status = status;
+    job.file = file.get();
+    return Read(job, path);
+}
+
+SImage ReadJpegMemory(const uint8_t* data, size_t size, const SReadOptions& options) {
+    SJpegJob job;
+    job.options = &options;
+    job.data = data;
+    job.size = size;
+    return Read(job, "JPEG data");
+}
+
+}  // namespace teskcolor

@@ -1,0 +1,138 @@
+#include <png.h>
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "cli/Errors.h"
+#include "cli/imageio/Codecs.h"
+#include "cli/imageio/PixelOrder.h"
+#include "host/imaging/StatusControl.h"
+
+namespace teskcolor {
+
+namespace {
+
+// Everything the decoder fills in lives here, outside the function that
+// libpng may longjmp out of, so that no object with a destructor is skipped.
+struct SPngJob {
+    const SReadOptions* options = nullptr;
+    CStatusControl* status = nullptr;
+    SImage image;
+    std::vector<png_bytep> rows;
+    char message[256] = {};
+    EExit refusal = EExit::Ok;  // set when the file is fine but not wanted
+    // Memory source; null data when reading from a FILE*.
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    size_t position = 0;
+};
+
+void OnError(png_structp png, png_const_charp text) {
+    auto* job = static_cast<SPngJob*>(png_get_error_ptr(png));
+    std::snprintf(job->message, sizeof job->message, "%s", text ? text : "PNG error");
+    png_longjmp(png, 1);
+}
+void OnWarning(png_structp, png_const_charp) {}
+
+void ReadFromMemory(png_structp png, png_bytep out, size_t count) {
+    auto* job = static_cast<SPngJob*>(png_get_io_ptr(png));
+    if (count > job->size - job->position) png_error(png, "truncated PNG data");
+    std::memcpy(out, job->data + job->position, count);
+    job->position += count;
+}
+
+void Refuse(png_structp png, SPngJob* job, EExit code, const char* text) {
+    job->refusal = code;
+    png_error(png, text);
+}
+
+bool Decode(png_structp png, png_infop info, SPngJob* job) {
+    if (setjmp(png_jmpbuf(png))) return false;
+    png_read_info(png, info);
+    png_uint_32 width = 0, height = 0;
+    int depth = 0, colourType = 0, interlace = 0;
+    png_get_IHDR(png, info, &width, &height, &depth, &colourType, &interlace, nullptr, nullptr);
+    if (static_cast<long long>(width) * height > job->options->maxPixels)
+        Refuse(png, job, EExit::Unsupported, "image is larger than allowed");
+
+    if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(png);
+    if (colourType == PNG_COLOR_TYPE_GRAY && depth < 8) png_set_expand_gray_1_2_4_to_8(png);
+    if (png_get_valid(png, info, PNG_INFO_tRNS)) png_set_tRNS_to_alpha(png);
+    if (depth == 16) png_set_swap(png);
+    if (colourType & PNG_COLOR_MASK_COLOR) png_set_bgr(png);
+    const int passes = png_set_interlace_handling(png);
+    png_read_update_info(png, info);
+
+    const int channels = png_get_channels(png, info);
+    const int bits = png_get_bit_depth(png, info);
+    const EVPixelFormat format = FormatFor(channels, bits);
+    if (format == VPF_UNKNOWN) Refuse(png, job, EExit::Unsupported, "PNG pixel layout is not supported");
+
+    png_charp name = nullptr;
+    int compression = 0;
+    png_bytep profile = nullptr;
+    png_uint_32 profileSize = 0;
+    if (png_get_iCCP(png, info, &name, &compression, &profile, &profileSize) && profile && profileSize > 0)
+        job->image.iccProfile.assign(profile, profile + profileSize);
+
+    if (!job->image.pixels.Create(int(width), int(height), format))
+        Refuse(png, job, EExit::Failed, "not enough memory for the image");
+    job->rows.resize(height);
+    for (png_uint_32 y = 0; y < height; ++y) job->rows[y] = job->image.pixels.GetRow(int(y));
+
+    if (job->status) job->status->SetProgressRange(static_cast<long long>(height) * passes);
+    for (int pass = 0; pass < passes; ++pass) {
+        for (png_uint_32 y = 0; y < height; ++y) {
+            if (job->status) job->status->SetProgress(static_cast<long long>(pass) * height + y);
+            png_read_row(png, job->rows[y], nullptr);
+        }
+    }
+    png_read_end(png, nullptr);
+    return true;
+}
+
+SImage Read(SPngJob& job, std::FILE* file, const std::string& name) {
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &job, OnError, OnWarning);
+    png_infop info = png ? png_create_info_struct(png) : nullptr;
+    if (!info) {
+        png_destroy_read_struct(&png, nullptr, nullptr);
+        throw CCliError(EExit::Failed, name + ": cannot start the PNG decoder");
+    }
+    png_set_benign_errors(png, 1);
+    png_set_user_limits(png, 0x7FFFFFFF / 8, 0x7FFFFFFF);
+    if (file)
+        png_init_io(png, file);
+    else
+        png_set_read_fn(png, &job, ReadFromMemory);
+    const bool ok = Decode(png, info, &job);
+    png_destroy_read_struct(&png, &info, nullptr);
+    if (!ok) {
+        EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
+        throw CCliError(code, name + ": " + (code == EExit::Corrupt ? "corrupt or truncated PNG: " : "") + job.message);
+    }
+    return std::move(job.image);
+}
+
+}  // namespace
+
+SImage ReadPngFile(const std::string& path, const SReadOptions& options, CStatusControl* status) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
+    SPngJob job;
+    job.options = &options;
+    job.status = status;
+    return Read(job, file.get(), path);
+}
+
+SImage ReadPngMemory(const uint8_t* data, size_t size, const SReadOptions& options) {
+    SPngJob job;
+    job.options = &options;
+    job.data = data;
+    job.size = size;
+    return Read(job, nullptr, "PNG data");
+}
+
+}  // namespace teskcolor

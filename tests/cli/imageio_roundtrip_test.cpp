@@ -1,0 +1,110 @@
+// Every format and depth written and read back with its embedded profile.
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include <filesystem>
+#include <tuple>
+
+#include "cli/imageio/ImageFile.h"
+#include "image_fixtures.h"
+#include "support/temp_env.h"
+
+namespace teskcolor::test {
+namespace {
+
+struct SCase {
+    const char* extension;
+    EVPixelFormat format;
+    bool cmyk;
+};
+
+std::string CaseName(const ::testing::TestParamInfo<SCase>& info) {
+    return std::string(info.param.extension + 1) + "_format" + std::to_string(int(info.param.format)) +
+           (info.param.cmyk ? "_cmyk" : "");
+}
+
+class LosslessRoundTrip : public tesk::test::IsolatedTest, public ::testing::WithParamInterface<SCase> {};
+
+TEST_P(LosslessRoundTrip, PixelsAndProfileComeBackExactly) {
+    const SCase& c = GetParam();
+    SImage image = PatternImage(37, 11, c.format, c.cmyk);
+    // A profile whose colour space matches the pixels (PNG checks that).
+    image.iccProfile = CVPixelFormat::IsGreyscale(c.format) ? GreyProfileBytes() : SrgbProfileBytes();
+    if (c.cmyk) image.iccProfile = tesk::test::ReadBytes(tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc"));
+    const std::string path = env_.Root() + "/image" + c.extension;
+
+    WriteImage(path, image);
+    SImage back = ReadImage(path);
+
+    EXPECT_EQ(back.cmyk, c.cmyk);
+    EXPECT_EQ(MaxSampleDifference(back.pixels, image.pixels), 0);
+    EXPECT_EQ(back.iccProfile, image.iccProfile);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, LosslessRoundTrip,
+    ::testing::Values(SCase{".tif", VPF_GREY_8, false}, SCase{".tif", VPF_GREY_16, false},
+                      SCase{".tif", VPF_RGB_8, false}, SCase{".tif", VPF_RGB_16, false},
+                      SCase{".tif", VPF_RGBA_8, false}, SCase{".tif", VPF_RGBA_16, false},
+                      SCase{".tif", VPF_RGBA_8, true}, SCase{".tiff", VPF_RGBA_16, true},
+                      SCase{".png", VPF_GREY_8, false}, SCase{".png", VPF_GREY_16, false},
+                      SCase{".png", VPF_GREY_ALPHA_8, false}, SCase{".png", VPF_RGB_8, false},
+                      SCase{".png", VPF_RGB_16, false}, SCase{".png", VPF_RGBA_8, false},
+                      SCase{".png", VPF_RGBA_16, false}),
+    CaseName);
+
+class JpegRoundTrip : public tesk::test::IsolatedTest, public ::testing::WithParamInterface<EVPixelFormat> {};
+
+TEST_P(JpegRoundTrip, PixelsCloseAndProfileExact) {
+    SImage image = SmoothImage(64, 48, GetParam());
+    // Larger than one APP2 marker holds, so it is split and joined again.
+    image.iccProfile.resize(150000);
+    for (size_t i = 0; i < image.iccProfile.size(); ++i) image.iccProfile[i] = uint8_t(i * 7 + i / 251);
+    const std::string path = env_.Root() + "/photo.jpg";
+
+    WriteImage(path, image);
+    SImage back = ReadImage(path);
+
+    EXPECT_FALSE(back.cmyk);
+    EXPECT_GE(MaxSampleDifference(back.pixels, image.pixels), 0);
+    EXPECT_LE(MaxSampleDifference(back.pixels, image.pixels), 6);
+    EXPECT_EQ(back.iccProfile, image.iccProfile);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, JpegRoundTrip, ::testing::Values(VPF_GREY_8, VPF_RGB_8));
+
+TEST_F(LosslessRoundTrip, ColourChannelsAreStoredRedFirstInFiles) {
+    // Memory holds B,G,R; the file must say R,G,B, or other programs see swapped colours.
+    SImage image;
+    image.pixels.Create(1, 1, VPF_RGB_8);
+    BYTE* pixel = image.pixels.GetRow(0);
+    pixel[0] = 10;   // blue
+    pixel[1] = 20;   // green
+    pixel[2] = 200;  // red
+    const std::string path = env_.Root() + "/red.tif";
+    WriteImage(path, image);
+
+    TIFF* tif = TIFFOpen(path.c_str(), "r");
+    ASSERT_NE(tif, nullptr);
+    uint8_t samples[16] = {};
+    ASSERT_GE(TIFFReadScanline(tif, samples, 0, 0), 0);
+    TIFFClose(tif);
+    EXPECT_EQ(samples[0], 200);
+    EXPECT_EQ(samples[1], 20);
+    EXPECT_EQ(samples[2], 10);
+}
+
+TEST(ImageTypes, ExtensionsAndSignatures) {
+    EXPECT_EQ(ImageTypeForPath("a/B.TIFF"), EImageType::Tiff);
+    EXPECT_EQ(ImageTypeForPath("x.Jpeg"), EImageType::Jpeg);
+    EXPECT_EQ(ImageTypeForPath("x.png"), EImageType::Png);
+    EXPECT_FALSE(ImageTypeForPath("x.bmp").has_value());
+    const uint8_t bigTiff[] = {'M', 'M', 0, 42};
+    const uint8_t text[] = {'h', 'e', 'l', 'l'};
+    EXPECT_EQ(DetectImageType(bigTiff, 4), EImageType::Tiff);
+    EXPECT_FALSE(DetectImageType(text, 4).has_value());
+    EXPECT_FALSE(DetectImageType(bigTiff, 3).has_value());
+}
+
+}  // namespace
+}  // namespace teskcolor::test
