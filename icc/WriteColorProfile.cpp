@@ -2,16 +2,7 @@
 // through the platform, closing with a verdict, and the built-in self-check.
 #include "icc/ICCWriteColorProfile.h"
 
-namespace {
-
-template <typename Function>
-Function BindExport(HMODULE module, const char* name) {
-    if (!module) return nullptr;
-    // Through a neutral function type: FARPROC and the export's real type differ.
-    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
-}
-
-}  // namespace
+#include "icc/BindProc.h"
 
 CICCWriteColorProfile::CICCWriteColorProfile() {
     BindWriterFunctions();
@@ -49,13 +40,12 @@ CICCWriteColorProfile& CICCWriteColorProfile::operator=(const CICCWriteColorProf
 void CICCWriteColorProfile::BindWriterFunctions() {
     // The base has loaded the colour modules already; a missing export only
     // leaves its own pointer null.
-    m_pfnSetColorProfileElement = BindExport<PFN_SetColorProfileElement>(m_hMSCMS, "SetColorProfileElement");
-    m_pfnSetColorProfileHeader = BindExport<PFN_SetColorProfileHeader>(m_hMSCMS, "SetColorProfileHeader");
-    m_pfnSetColorProfileElementReference =
-        BindExport<PFN_SetColorProfileElementReference>(m_hMSCMS, "SetColorProfileElementReference");
-    m_pfnSetColorProfileElementSize =
-        BindExport<PFN_SetColorProfileElementSize>(m_hMSCMS, "SetColorProfileElementSize");
-    m_pfnGetCMMInfo = BindExport<PFN_GetCMMInfo>(m_hMSCMS, "GetCMMInfo");
+    using tesk::icc::BindProc;
+    BindProc(m_hMSCMS, "SetColorProfileElement", m_pfnSetColorProfileElement);
+    BindProc(m_hMSCMS, "SetColorProfileHeader", m_pfnSetColorProfileHeader);
+    BindProc(m_hMSCMS, "SetColorProfileElementReference", m_pfnSetColorProfileElementReference);
+    BindProc(m_hMSCMS, "SetColorProfileElementSize", m_pfnSetColorProfileElementSize);
+    BindProc(m_hMSCMS, "GetCMMInfo", m_pfnGetCMMInfo);
 }
 
 void CICCWriteColorProfile::CopyWriterState(const CICCWriteColorProfile& other) {

@@ -1,0 +1,234 @@
+// The bytes of each tag type the writer lays out, as they land in the file,
+// and the size account the header's profile size is made from.
+#include <gtest/gtest.h>
+#include <tesk/path.h>
+
+#include <string>
+#include <vector>
+
+#include "icc/ICCWriteColorProfile.h"
+#include "support/temp_env.h"
+#include "written_profile.h"
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+using tesk::test::BE16;
+using tesk::test::BE32;
+using tesk::test::WrittenProfile;
+
+class WriterLayout : public tesk::test::IsolatedTest {
+protected:
+    void SetUp() override {
+        path_ = env_.ColorDir() + "/layout.icc";
+        ASSERT_TRUE(writer_.OpenICCProfileForWrite(tesk::path::ToWindows(path_).c_str()));
+    }
+    // Closes the profile (valid or not, the platform writes it) and reads the file.
+    WrittenProfile Finish() {
+        const CM_PROFILE result = writer_.FinalizeProfileWrite();
+        EXPECT_TRUE(result == CM_PROFILE_VALID || result == CM_PROFILE_INVALID) << result;
+        return WrittenProfile(path_);
+    }
+    uint32_t DeclaredSize() {
+        PROFILEHEADER header;
+        writer_.CreateProfileHeader(header);
+        return header.phSize;
+    }
+
+    std::string path_;
+    CICCWriteColorProfile writer_;
+};
+
+TEST_F(WriterLayout, SingleGammaCurveIsU8Fixed8AndSampledCurveIsBigEndian) {
+    SICCCurveType gamma{1, nullptr, 2.2f};
+    ASSERT_TRUE(writer_.SetTRCCurveType('rTRC', gamma));
+    uint16_t entries[3] = {0x0102, 0x8000, 0xFFFE};
+    SICCCurveType sampled{3, entries, 0.0f};
+    ASSERT_TRUE(writer_.SetTRCCurveType('gTRC', sampled));
+    SICCCurveType identity{0, nullptr, 0.0f};
+    ASSERT_TRUE(writer_.SetTRCCurveType('bTRC', identity));
+    SICCCurveType missingEntries{4, nullptr, 0.0f};
+    EXPECT_FALSE(writer_.SetTRCCurveType('kTRC', missingEntries));
+
+    const WrittenProfile file = Finish();
+    EXPECT_EQ(file.Tag('rTRC'), (Bytes{'c', 'u', 'r', 'v', 0, 0, 0, 0, 0, 0, 0, 1, 0x02, 0x33}));
+    EXPECT_EQ(file.Tag('gTRC'),
+              (Bytes{'c', 'u', 'r', 'v', 0, 0, 0, 0, 0, 0, 0, 3, 0x01, 0x02, 0x80, 0x00, 0xFF, 0xFE}));
+    EXPECT_EQ(file.Tag('bTRC'), (Bytes{'c', 'u', 'r', 'v', 0, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_FALSE(file.Tag('kTRC').has_value());
+}
+
+TEST_F(WriterLayout, ParametricCurveUsesTheProgramsOwnLayout) {
+    // Five parameters: 24 bytes, the type at 16, g from 20; nothing else of
+    // the values fits.
+    SICCParametricCurveType full{2.4, 4, 5, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045, 0.0};
+    ASSERT_TRUE(writer_.SetTRCParametricCurveType('rTRC', full));
+    // One parameter: four zero bytes.
+    SICCParametricCurveType single{1.8, 0, 1, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(writer_.SetTRCParametricCurveType('gTRC', single));
+    // Three parameters (type 2): 16 bytes, all zero, although the type asks
+    // for words that would reach byte 36.
+    SICCParametricCurveType middle{-1.5, 2, 3, 1, 0, 0, 0, 0};
+    ASSERT_TRUE(writer_.SetTRCParametricCurveType('bTRC', middle));
+    SICCParametricCurveType unknown{1.0, 0, 6, 0, 0, 0, 0, 0};
+    EXPECT_FALSE(writer_.SetTRCParametricCurveType('kTRC', unknown));
+    EXPECT_EQ(DeclaredSize(), 132u + 12 * 3 + 24 + 4 + 16);
+
+    const WrittenProfile file = Finish();
+    Bytes expectedFull(24, 0);
+    expectedFull[17] = 4;
+    // 2.4: integer part 2 above the truncated fraction 0.4 x 65536 = 26214.
+    expectedFull[20] = 0x00, expectedFull[21] = 0x02, expectedFull[22] = 0x66, expectedFull[23] = 0x66;
+    EXPECT_EQ(file.Tag('rTRC'), expectedFull);
+    EXPECT_EQ(file.Tag('gTRC'), Bytes(4, 0));
+    EXPECT_EQ(file.Tag('bTRC'), Bytes(16, 0));
+    EXPECT_FALSE(file.Tag('kTRC').has_value());
+}
+
+TEST_F(WriterLayout, VideoCardGammaFormulaAndTable) {
+    SVCGTGamma formula{};
+    formula.m_nGammaType = kVCGTFormula;
+    formula.m_formula = {1, 2, 3, 4, 5, 6, 7, 8, 0x89ABCDEF};
+    ASSERT_TRUE(writer_.SetVCGTInformation(formula));
+    const Bytes formulaTag = Finish().Tag('vcgt').value();
+    ASSERT_EQ(formulaTag.size(), 48u);
+    EXPECT_EQ(BE32(formulaTag, 0), static_cast<uint32_t>('vcgt'));
+    EXPECT_EQ(BE32(formulaTag, 8), 1u);
+    for (uint32_t i = 0; i < 8; ++i) EXPECT_EQ(BE32(formulaTag, 12 + 4 * i), i + 1);
+    EXPECT_EQ(BE32(formulaTag, 44), 0x89ABCDEFu);
+
+    ASSERT_TRUE(writer_.OpenICCProfileForWrite(tesk::path::ToWindows(path_).c_str()));
+    uint16_t entries[2 * 3] = {0x1234, 0xABCD, 0x0001, 0xFF00, 0x00FF, 0x8001};
+    SVCGTGamma table{};
+    table.m_nGammaType = kVCGTTable;
+    table.m_table = {2, 3, 1, entries};
+    ASSERT_TRUE(writer_.SetVCGTInformation(table));
+    const Bytes tableTag = Finish().Tag('vcgt').value();
+    // 1 x 3 x 2 x 2 + 18 bytes; the entries in host (little-endian) order.
+    ASSERT_EQ(tableTag.size(), 30u);
+    EXPECT_EQ(BE32(tableTag, 8), 0u);
+    EXPECT_EQ(BE16(tableTag, 12), 2);
+    EXPECT_EQ(BE16(tableTag, 14), 3);
+    EXPECT_EQ(BE16(tableTag, 16), 1);
+    EXPECT_EQ(Bytes(tableTag.begin() + 18, tableTag.end()),
+              (Bytes{0x34, 0x12, 0xCD, 0xAB, 0x01, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x01, 0x80}));
+}
+
+TEST_F(WriterLayout, VideoCardGammaRefusesOtherTypesAndMissingData) {
+    const uint32_t before = DeclaredSize();
+    SVCGTGamma other{};
+    other.m_nGammaType = 2;
+    EXPECT_FALSE(writer_.SetVCGTInformation(other));
+    SVCGTGamma noData{};
+    noData.m_nGammaType = kVCGTTable;
+    noData.m_table = {3, 256, 2, nullptr};
+    EXPECT_FALSE(writer_.SetVCGTInformation(noData));
+    // Entry size 0: an 18-byte tag that has no room for the entries.
+    uint16_t entries[4] = {1, 2, 3, 4};
+    SVCGTGamma zeroSize{};
+    zeroSize.m_nGammaType = kVCGTTable;
+    zeroSize.m_table = {2, 2, 0, entries};
+    ASSERT_TRUE(writer_.SetVCGTInformation(zeroSize));
+    EXPECT_EQ(DeclaredSize(), before + 12 + 18 + 2);
+    const Bytes tag = Finish().Tag('vcgt').value();
+    EXPECT_EQ(tag.size(), 18u);
+}
+
+TEST_F(WriterLayout, ColorimetricTagsAreS15Fixed16) {
+    SMyXYZNumber xyz{0.9642, 1.0, 0.8249};
+    ASSERT_TRUE(writer_.SetMediaWhitePoint(xyz));
+    SMyXYZNumber black{0.5 / 65536.0, 0.0, 2.0};
+    ASSERT_TRUE(writer_.SetMediaBlackPoint(black));
+    double matrix[9] = {1.0, -0.25, 0.0, 0.0, 1.5, 0.0, -1.0, 0.0, 32767.0};
+    ASSERT_TRUE(writer_.SetChromaticAdaptationTag(matrix));
+    EXPECT_FALSE(writer_.SetChromaticAdaptationTag(nullptr));
+    EXPECT_EQ(DeclaredSize(), 132u + 12 * 3 + 20 + 20 + 44);
+
+    const WrittenProfile file = Finish();
+    const Bytes white = file.Tag('wtpt').value();
+    ASSERT_EQ(white.size(), 20u);
+    EXPECT_EQ(BE32(white, 0), static_cast<uint32_t>('XYZ '));
+    EXPECT_EQ(BE32(white, 4), 0u);
+    EXPECT_EQ(BE32(white, 8), 0x0000F6D6u);
+    EXPECT_EQ(BE32(white, 12), 0x00010000u);
+    EXPECT_EQ(BE32(white, 16), 0x0000D32Du);
+    const Bytes blackTag = file.Tag('bkpt').value();
+    EXPECT_EQ(BE32(blackTag, 8), 1u) << "half a step rounds up";
+    EXPECT_EQ(BE32(blackTag, 16), 0x00020000u);
+    const Bytes chad = file.Tag('chad').value();
+    ASSERT_EQ(chad.size(), 44u);
+    EXPECT_EQ(BE32(chad, 0), static_cast<uint32_t>('sf32'));
+    const uint32_t expected[9] = {0x00010000, 0xFFFFC000, 0, 0, 0x00018000, 0, 0xFFFF0000, 0, 0x7FFF0000};
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(BE32(chad, 8 + 4 * i), expected[i]) << i;
+}
+
+TEST_F(WriterLayout, TextTags) {
+    std::list<std::string> description{"Display", "ignored"};
+    ASSERT_TRUE(writer_.SetStringTag('desc', description));
+    std::list<std::string> names{"first", "second"};
+    ASSERT_TRUE(writer_.SetStringTag('mluc', names));
+    std::list<std::string> model{"Model"};
+    ASSERT_TRUE(writer_.SetStringTag('dmdd', model));
+    std::list<std::string> copyright{"(c) me", "unused"};
+    ASSERT_TRUE(writer_.SetCopyrightTag('xxxx', copyright));
+
+    const WrittenProfile file = Finish();
+    // desc: the ASCII count covers every string, the text is the first one.
+    const Bytes desc = file.Tag('desc').value();
+    ASSERT_EQ(desc.size(), 14u + 91);
+    EXPECT_EQ(BE32(desc, 0), static_cast<uint32_t>('desc'));
+    EXPECT_EQ(BE32(desc, 8), 15u);
+    EXPECT_EQ(std::string(desc.begin() + 12, desc.begin() + 20), std::string("Display\0", 8));
+    for (size_t i = 19; i < desc.size(); ++i) ASSERT_EQ(desc[i], 0) << i;
+
+    const Bytes mluc = file.Tag('mluc').value();
+    ASSERT_EQ(mluc.size(), 11u + 28);
+    EXPECT_EQ(BE32(mluc, 0), static_cast<uint32_t>('mluc'));
+    EXPECT_EQ(BE32(mluc, 8), 2u);
+    EXPECT_EQ(BE32(mluc, 12), 12u);
+    EXPECT_EQ(BE32(mluc, 16), 0x454E0348u);
+    EXPECT_EQ(BE32(mluc, 20), 12u);
+    EXPECT_EQ(BE32(mluc, 24), 24u);
+    EXPECT_EQ(std::string(mluc.begin() + 28, mluc.end()), "firstsecond");
+
+    // Other signatures get the version-2 description type.
+    const Bytes dmdd = file.Tag('dmdd').value();
+    ASSERT_EQ(dmdd.size(), 5u + 91);
+    EXPECT_EQ(BE32(dmdd, 0), static_cast<uint32_t>('desc'));
+    EXPECT_EQ(BE32(dmdd, 8), 6u);
+
+    // The copyright goes under 'cprt' whatever the signature asked for.
+    EXPECT_FALSE(file.Tag('xxxx').has_value());
+    EXPECT_EQ(file.Tag('cprt'), (Bytes{'t', 'e', 'x', 't', 0, 0, 0, 0, '(', 'c', ')', ' ', 'm', 'e', 0}));
+}
+
+TEST_F(WriterLayout, SizeAccountAddsTheRemainderNotThePadding) {
+    // Nine tags totalling 1000 bytes: eight curves of 112 bytes and one of 104.
+    std::vector<uint16_t> entries(50, 0x4000);
+    const unsigned long tags[9] = {'c001', 'c002', 'c003', 'c004', 'c005', 'c006', 'c007', 'c008', 'c009'};
+    for (int i = 0; i < 9; ++i) {
+        SICCCurveType curve{i < 8 ? 50u : 46u, entries.data(), 0.0f};
+        ASSERT_TRUE(writer_.SetTRCCurveType(tags[i], curve));
+    }
+    EXPECT_EQ(DeclaredSize(), 1240u);
+    ASSERT_TRUE(writer_.SetDefaultProfileHeader());
+
+    // A 13-byte tag counts 14, a 15-byte one 18, a 16-byte one 16.
+    std::list<std::string> four{"abcd"};
+    ASSERT_TRUE(writer_.SetCopyrightTag('cprt', four));
+    EXPECT_EQ(DeclaredSize(), 1240u + 12 + 14);
+    std::list<std::string> six{"abcdef"};
+    ASSERT_TRUE(writer_.SetCopyrightTag('cprt', six));
+    EXPECT_EQ(DeclaredSize(), 1240u + 24 + 14 + 18) << "rewriting a tag counts it again";
+    SICCParametricCurveType three{1.0, 2, 3, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(writer_.SetTRCParametricCurveType('para', three));
+    EXPECT_EQ(DeclaredSize(), 1240u + 36 + 14 + 18 + 16);
+
+    // The header set earlier keeps the size of its moment; the file itself
+    // carries its true size.
+    const WrittenProfile file = Finish();
+    EXPECT_EQ(file.HeaderWord(0), file.Bytes().size());
+    EXPECT_EQ(file.TagCount(), 11u);
+}
+
+}  // namespace
