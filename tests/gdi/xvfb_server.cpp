@@ -1,0 +1,50 @@
+#include "xvfb_server.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+namespace tesk::test {
+
+XvfbServer::XvfbServer(int width, int height) {
+    if (access("/usr/bin/Xvfb", X_OK) != 0) return;
+    int fds[2];
+    if (pipe(fds) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+        close(fds[0]);
+        std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
+        std::string fd = std::to_string(fds[1]);
+        // -noreset keeps the server's state (gamma, properties) between our connections.
+        execl("/usr/bin/Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-noreset", "-nolisten", "tcp", "-screen", "0",
+              screen.c_str(), static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    close(fds[1]);
+    if (pid_ < 0) {
+        close(fds[0]);
+        return;
+    }
+    // Xvfb writes its display number once it accepts connections.
+    std::string number;
+    pollfd waiting{fds[0], POLLIN, 0};
+    while (poll(&waiting, 1, 10000) > 0) {
+        char c = 0;
+        if (read(fds[0], &c, 1) != 1 || c == '\n') break;
+        number += c;
+    }
+    close(fds[0]);
+    if (!number.empty()) name_ = ":" + number;
+}
+
+XvfbServer::~XvfbServer() {
+    if (pid_ > 0) {
+        kill(pid_, SIGTERM);
+        waitpid(pid_, nullptr, 0);
+    }
+}
+
+}  // namespace tesk::test
