@@ -202,6 +202,13 @@ TEST_F(WriterLayout, TextTags) {
     EXPECT_EQ(file.Tag('cprt'), (Bytes{'t', 'e', 'x', 't', 0, 0, 0, 0, '(', 'c', ')', ' ', 'm', 'e', 0}));
 }
 
+TEST_F(WriterLayout, EmptyCopyrightListLeavesAZeroLengthTag) {
+    std::list<std::string> text{"x"}, none;
+    ASSERT_TRUE(writer_.SetCopyrightTag('cprt', text));
+    EXPECT_TRUE(writer_.SetCopyrightTag('cprt', none));
+    EXPECT_EQ(Finish().Tag('cprt'), Bytes{});
+}
+
 TEST_F(WriterLayout, SizeAccountAddsTheRemainderNotThePadding) {
     // Nine tags totalling 1000 bytes: eight curves of 112 bytes and one of 104.
     std::vector<uint16_t> entries(50, 0x4000);
