@@ -50,6 +50,12 @@ public:
     // Makes the profile file at `nativePath` the display's profile; false
     // with last error set when it cannot.
     virtual bool SetProfile(size_t adapter, const std::string& nativePath) = 0;
+    // Shows `rect` of a frame buffer drawn for the adapter (0x00RRGGBB
+    // pixels, `width` a row, origin at the adapter's top left) on the screen.
+    // The virtual display is its frame buffer, so it has nothing to do.
+    virtual void Present(size_t adapter, const uint32_t* pixels, int width, const RECT& rect) {
+        (void)adapter, (void)pixels, (void)width, (void)rect;
+    }
     virtual const char* Kind() const = 0;
 };
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "dib.h"
+#include "display.h"
 #include "gdi_objects.h"
 #include "icm_matching.h"
 
@@ -22,6 +23,16 @@ void WriteRow(gdi::DeviceContext& dc, gdi::Bitmap& surface, int x, int y, uint32
     if (first >= last) return;
     gdi::MatchPixels(dc, pixels + first, last - first);
     std::memcpy(surface.Row(y) + x + first, pixels + first, size_t(last - first) * sizeof(uint32_t));
+}
+
+// A display's drawn rectangle goes on to the screen.
+void Present(const gdi::DeviceContext& dc, const gdi::Bitmap& surface, int64_t left, int64_t top, int64_t right,
+             int64_t bottom) {
+    if (dc.kind != gdi::DeviceKind::Display) return;
+    RECT rect{LONG(std::clamp<int64_t>(left, 0, surface.width)), LONG(std::clamp<int64_t>(top, 0, surface.height)),
+              LONG(std::clamp<int64_t>(right, 0, surface.width)), LONG(std::clamp<int64_t>(bottom, 0, surface.height))};
+    if (rect.left < rect.right && rect.top < rect.bottom)
+        display::Current().Present(dc.adapter, surface.pixels.data(), surface.width, rect);
 }
 
 bool IsSupportedRop(DWORD rop) { return rop == SRCCOPY || rop == BLACKNESS || rop == WHITENESS; }
@@ -122,6 +133,7 @@ BOOL WINAPI BitBlt(HDC hdc, int x, int y, int cx, int cy, HDC hdcSrc, int x1, in
             block[size_t(row) * size_t(cx) + size_t(col)] = ApplyRop(rop, pixel);
         }
     for (int row = 0; row < cy; ++row) WriteRow(*dc, *target, x, y + row, block.data() + size_t(row) * size_t(cx), cx);
+    Present(*dc, *target, x, y, int64_t(x) + cx, int64_t(y) + cy);
     return TRUE;
 }
 
@@ -159,6 +171,7 @@ int WINAPI SetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, in
         }
         WriteRow(*dc, *target, xDest + firstX, int(yDest + int64_t(k)), line.data(), count);
     }
+    Present(*dc, *target, xDest, yDest, int64_t(xDest) + w, int64_t(yDest) + h);
     return int(cLines);
 }
 
@@ -208,6 +221,7 @@ int WINAPI StretchDIBits(HDC hdc, int xDest, int yDest, int DestWidth, int DestH
         }
         WriteRow(*dc, *target, int(left + firstX), int(top + j), line.data(), int(count));
     }
+    Present(*dc, *target, left, top, left + dw, top + dh);
     return int(sh);
 }
 

@@ -10,6 +10,9 @@
 #include <X11/extensions/Xrandr.h>
 #include <tesk/path.h>
 
+#include <X11/Xutil.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -136,6 +139,32 @@ public:
         });
         if (!ok) SetLastError(ERROR_WRITE_FAULT);
         return ok;
+    }
+
+    void Present(size_t adapter, const uint32_t* pixels, int width, const RECT& rect) override {
+        std::lock_guard lock(mutex_);
+        std::vector<Output> outputs = Outputs();
+        Visual* visual = DefaultVisual(display_, DefaultScreen(display_));
+        // Frame buffer pixels are handed over as they are only to a 24-bit true-colour screen.
+        if (adapter >= outputs.size() || outputs[adapter].crtc == None || DefaultDepth(display_, DefaultScreen(display_)) != 24 ||
+            visual->red_mask != 0xFF0000 || visual->green_mask != 0x00FF00 || visual->blue_mask != 0x0000FF)
+            return;
+        int w = rect.right - rect.left, h = rect.bottom - rect.top;
+        if (w <= 0 || h <= 0) return;
+        std::vector<uint32_t> block(size_t(w) * size_t(h));
+        for (int y = 0; y < h; ++y)
+            std::copy_n(pixels + size_t(rect.top + y) * size_t(width) + size_t(rect.left), size_t(w),
+                        block.begin() + std::ptrdiff_t(size_t(y) * size_t(w)));
+        XImage* image = XCreateImage(display_, visual, 24, ZPixmap, 0, reinterpret_cast<char*>(block.data()),
+                                     unsigned(w), unsigned(h), 32, w * 4);
+        if (!image) return;
+        GC gc = XCreateGC(display_, root_, 0, nullptr);
+        const RECT& origin = outputs[adapter].bounds;
+        XPutImage(display_, root_, gc, image, 0, 0, origin.left + rect.left, origin.top + rect.top, unsigned(w), unsigned(h));
+        XFreeGC(display_, gc);
+        image->data = nullptr;  // the block is ours
+        XDestroyImage(image);
+        XFlush(display_);
     }
 
     const char* Kind() const override { return "x11"; }

@@ -15,6 +15,7 @@
 // After GoogleTest: Xlib's macros (None, Bool, Status) would clash with it.
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 #include <X11/extensions/Xrandr.h>
 
 namespace tesk::test {
@@ -141,6 +142,23 @@ TEST_F(X11DisplayTest, TheDisplayProfileIsTheRootWindowsIccProfile) {
     ASSERT_TRUE(GetICMProfileW(dc, &size, path));
     EXPECT_EQ(std::filesystem::path(path::ToNative(path)).filename(), "other.icc");
     DeleteDC(dc);
+}
+
+TEST_F(X11DisplayTest, DrawingOnTheScreensContextReachesTheXServer) {
+    HDC dc = GetDC(nullptr);
+    ASSERT_NE(dc, nullptr);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), 2, -1, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    uint32_t pixels[2] = {0x00C82850, 0x00102030};
+    ASSERT_NE(StretchDIBits(dc, 100, 50, 20, 10, 0, 0, 2, 1, pixels, &info, DIB_RGB_COLORS, SRCCOPY), 0);
+    ReleaseDC(nullptr, dc);
+
+    XImage* shot = XGetImage(x_, DefaultRootWindow(x_), 100, 50, 20, 10, AllPlanes, ZPixmap);
+    ASSERT_NE(shot, nullptr);
+    EXPECT_EQ(XGetPixel(shot, 0, 0) & 0xFFFFFF, 0xC82850u);
+    EXPECT_EQ(XGetPixel(shot, 9, 9) & 0xFFFFFF, 0xC82850u);
+    EXPECT_EQ(XGetPixel(shot, 10, 0) & 0xFFFFFF, 0x102030u);
+    XDestroyImage(shot);
 }
 
 TEST(GammaResampleTest, RampsSurviveAWayToAnotherSizeAndBack) {
