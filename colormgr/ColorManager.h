@@ -14,7 +14,11 @@
 #include "host/AppService.h"
 #include "host/CString.h"
 #include "host/SharedArray.h"
+#include "host/VException.h"
+#include "host/imaging/DibIterator.h"
 #include "host/imaging/Palette.h"
+#include "host/imaging/RowIterator.h"
+#include "host/imaging/StatusControl.h"
 #include "icc/ICCReadColorProfile.h"
 #include "module/Export.h"
 
@@ -127,10 +131,42 @@ public:
     // ---- colour-matching dialog (ICMUI)
     // (declared by the dialog's owner)
 
-    // ---- image conversion: methods are added by the conversion sources.
-    //      They work on m_hImageTransform, m_hCMYKToRGBTransform,
-    //      m_hRGBToCMYKTransform, the gamma tables, m_pQFXProfile /
-    //      m_nQFXProfileSize, m_greyPalette and m_pLanguage below.
+    // ---- image and colour transformation
+    bool TransformImage(void* sourceProfile, CDibIterator& source, CDibIterator& destination,
+                        CRowIterator* sourceRows, CRowIterator* destinationRows, bool flag);
+    bool TransformIterator(CRowIterator& source, CRowIterator* destination, bool gamma);
+    void TransformPaletteColors(void* sourceProfile, RGBQUAD* palette, int count);
+    void TransformColor(DWORD& color);
+    bool ProcessColors(RGBQUAD* input, RGBQUAD* output, int count);
+    int FindGreyscaleIndex(DWORD color);
+
+    // ---- ink planes (255 = no ink)
+    VellErrorCode ConvertCMYKtoRGB(unsigned char* cyan, unsigned char* magenta, unsigned char* yellow,
+                                   unsigned char* black, unsigned char* rgb, int width, int inputStride,
+                                   int outputStride, int planar);
+    VellErrorCode ConvertCMYtoRGB(unsigned char* cyan, unsigned char* magenta, unsigned char* yellow,
+                                  unsigned char* rgb, int width, int extraLength, int outputStride, int planeStep);
+    VellErrorCode ConvertRGBtoCMY(unsigned char* cyan, unsigned char* magenta, unsigned char* yellow, void* rgb,
+                                  int width, int outputStride, int inputStride);
+    VellErrorCode ConvertRGBtoCMYK(unsigned char* cyan, unsigned char* magenta, unsigned char* yellow,
+                                   unsigned char* black, void* rgb, int width, int outputStride, int inputStride);
+
+    // ---- separation and recombination through the CMYK profile
+    VellErrorCode TransformFromRGBToCMYK(CStatusControl* status, const CRowIterator& source, CRowIterator& cyan,
+                                         CRowIterator& magenta, CRowIterator& yellow, CRowIterator& black,
+                                         bool invert);
+    VellErrorCode ColorTransformRGBtoCMYK(DWORD& color, BYTE& cyan, BYTE& magenta, BYTE& yellow, BYTE& black,
+                                          bool invert);
+    VellErrorCode OutputFromRGBToCMYK(CStatusControl* status, CDibIterator& source, CDibIterator& output);
+    VellErrorCode OutputFromRGBToCMYK(CStatusControl* status, const CRowIterator& source, CRowIterator& output);
+    VellErrorCode TransformFromCMYKToRGB(CStatusControl* status, CRowIterator& cyan, CRowIterator& magenta,
+                                         CRowIterator& yellow, CRowIterator& black, CRowIterator& output);
+    VellErrorCode InputFromCMYKtoRGB(CStatusControl* status, CDibIterator& source, CDibIterator& output,
+                                     void* cmykProfile);
+    VellErrorCode InputFromCMYKtoRGB(CStatusControl* status, const CRowIterator& source, CRowIterator& output);
+    VellErrorCode InputFromCMYKtoRGB(CStatusControl* status, const CRowIterator& source, CRowIterator& output,
+                                     void* cmykProfile);
+    bool TransformCMYKImage(void* sourceProfile, CDibIterator& source, CDibIterator& destination);
 
 private:
     friend class CColorManagerTestAccess;
@@ -165,6 +201,18 @@ private:
 
     // Gamma tables of the table mode.
     void BuildTables();
+
+    // Image conversion helpers.
+    HPROFILE OpenWorkingSpaceProfile();
+    HTRANSFORM OneOffTransformToWorkingSpace(HPROFILE source, HPROFILE workingSpace);
+    HTRANSFORM CachedInkTransform(bool cmykToRgb);
+    // The working RGB and the default CMYK profile, each falling back to the
+    // first installed one; null when none opens. The reader closes it.
+    HPROFILE OpenWorkingRGBProfile(CICCReadColorProfile& reader);
+    HPROFILE OpenDefaultCMYKProfile(CICCReadColorProfile& reader);
+    DWORD SeparationIntent() const { return m_bProof ? m_dwProofIntent : 0; }
+    VellErrorCode InputFromCMYKRows(CStatusControl* status, const CRowIterator& source, CRowIterator& output,
+                                    void* cmykProfile);
 
     // Setup lists.
     bool ScanColorDirectory(std::list<SSetupProfile>& list, bool cmyk);
