@@ -117,7 +117,7 @@ int WINAPI EndDoc(HDC hdc) {
     bool ok = !dc->inPage || FinishPage(*dc);
     ok = dc->document->Finish(path::Utf8(dc->documentName)) && ok;
     if (!ok) SetLastError(ERROR_WRITE_FAULT);
-    if (ok && dc->documentIsSpooled) ok = printers::Submit(dc->printer, dc->documentPath, dc->documentName);
+    if (ok && dc->documentIsSpooled) ok = printers::Submit(dc->printer, dc->documentPath, dc->documentName, dc->devMode.dmCopies);
     EndDocumentState(*dc);
     return ok ? 1 : SP_ERROR;
 }

@@ -5,11 +5,19 @@
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <mutex>
 
 #include <unistd.h>
 
 #include "display.h"
+#include "ppd_profiles.h"
+
+#ifdef TESK_HAVE_CUPS
+#include <cups/cups.h>
+#include <cups/ppd.h>
+#endif
 
 namespace tesk::printers {
 namespace {
@@ -41,6 +49,65 @@ std::vector<Printer> TestPrinters() {
     return list;
 }
 
+bool TestPrintersNamed() { return std::getenv("TESK_TEST_PRINTERS") != nullptr; }
+
+#ifdef TESK_HAVE_CUPS
+std::wstring OptionText(const cups_dest_t& dest, const char* name) {
+    const char* value = cupsGetOption(name, dest.num_options, dest.options);
+    return value ? path::Wide(value) : std::wstring();
+}
+
+std::vector<Printer> CupsPrinters(std::wstring* defaultName) {
+    std::vector<Printer> list;
+    cups_dest_t* dests = nullptr;
+    int count = cupsGetDests2(CUPS_HTTP_DEFAULT, &dests);
+    for (int i = 0; i < count; ++i) {
+        if (dests[i].instance) continue;  // instances are option sets of a printer, not printers
+        Printer printer;
+        printer.name = path::Wide(dests[i].name);
+        printer.driver = OptionText(dests[i], "printer-make-and-model");
+        if (printer.driver.empty()) printer.driver = L"CUPS";
+        printer.port = OptionText(dests[i], "device-uri");
+        if (printer.port.empty()) printer.port = L"CUPS:";
+        printer.cups = true;
+        if (dests[i].is_default && defaultName) *defaultName = printer.name;
+        list.push_back(printer);
+    }
+    cupsFreeDests(count, dests);
+    return list;
+}
+
+std::string PpdProfileOf(const std::wstring& name) {
+    // CUPS marks its PPD calls as going away with PPDs themselves; while
+    // queues have PPDs, this is where their profiles are.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+    const char* ppd = cupsGetPPD(path::Utf8(name).c_str());
+#pragma GCC diagnostic pop
+    if (!ppd) return "";
+    std::ifstream in(ppd, std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    unlink(ppd);
+    const char* data = std::getenv("CUPS_DATADIR");
+    std::string profile = ChoosePpdProfile(ParsePpdColorInfo(text), std::string(data && *data ? data : "/usr/share/cups") + "/profiles");
+    std::error_code error;
+    return std::filesystem::is_regular_file(profile, error) ? profile : "";
+}
+#endif
+
+std::vector<Printer> Listed(std::wstring* defaultName) {
+    if (TestPrintersNamed()) {
+        std::vector<Printer> list = TestPrinters();
+        if (defaultName && !list.empty()) *defaultName = list.front().name;
+        return list;
+    }
+#ifdef TESK_HAVE_CUPS
+    return CupsPrinters(defaultName);
+#else
+    return {};
+#endif
+}
+
 std::string SpoolFolder() {
     if (const char* folder = std::getenv("TESK_TEST_PRINTER_SPOOL"); folder && *folder) return folder;
     return path::ConfigDirectory() + "/spool";
@@ -48,21 +115,27 @@ std::string SpoolFolder() {
 
 }  // namespace
 
-std::vector<Printer> All() { return TestPrinters(); }
+std::vector<Printer> All() { return Listed(nullptr); }
 
 std::optional<Printer> Find(const wchar_t* name) {
     if (!name || !*name) return std::nullopt;
-    for (const Printer& printer : All())
-        if (display::SameDeviceName(printer.name, name)) return printer;
+    for (Printer& printer : All())
+        if (display::SameDeviceName(printer.name, name)) {
+#ifdef TESK_HAVE_CUPS
+            if (printer.cups) printer.driverProfile = PpdProfileOf(printer.name);
+#endif
+            return printer;
+        }
     return std::nullopt;
 }
 
 std::wstring DefaultName() {
-    std::vector<Printer> list = All();
+    std::wstring systemDefault;
+    std::vector<Printer> list = Listed(&systemDefault);
     std::lock_guard lock(g_mutex);
     for (const Printer& printer : list)
         if (!g_chosenDefault.empty() && display::SameDeviceName(printer.name, g_chosenDefault)) return printer.name;
-    return list.empty() ? std::wstring() : list.front().name;
+    return systemDefault;
 }
 
 bool SetDefaultName(const std::wstring& name) {
@@ -76,8 +149,22 @@ bool SetDefaultName(const std::wstring& name) {
     return true;
 }
 
-bool Submit(const Printer& printer, const std::string& pdfPath, const std::wstring& title) {
+bool Submit(const Printer& printer, const std::string& pdfPath, const std::wstring& title, int copies) {
+#ifdef TESK_HAVE_CUPS
+    if (printer.cups) {
+        cups_option_t* options = nullptr;
+        int count = 0;
+        if (copies > 1) count = cupsAddOption("copies", std::to_string(copies).c_str(), count, &options);
+        std::string name = path::Utf8(printer.name), titleText = path::Utf8(title);
+        int job = cupsPrintFile2(CUPS_HTTP_DEFAULT, name.c_str(), pdfPath.c_str(),
+                                 titleText.empty() ? "Document" : titleText.c_str(), count, options);
+        cupsFreeOptions(count, options);
+        if (job <= 0) SetLastError(ERROR_WRITE_FAULT);
+        return job > 0;
+    }
+#endif
     (void)title;
+    (void)copies;
     static std::atomic<unsigned> jobNumber{0};
     std::error_code error;
     std::string folder = SpoolFolder();

@@ -12,13 +12,16 @@ namespace tesk::test {
 
 void GdiTest::SetUp() {
     unsetenv("DISPLAY");
-    unsetenv("TESK_TEST_PRINTERS");
+    // No printers unless a test names some; the machine's CUPS is never asked.
+    setenv("TESK_TEST_PRINTERS", "", 1);
+    setenv("CUPS_SERVER", (env_.Root() + "/no-cups.sock").c_str(), 1);
     setenv("TESK_TEST_PRINTER_SPOOL", SpoolDir().c_str(), 1);
     display::Reset();
 }
 
 void GdiTest::TearDown() {
     unsetenv("TESK_TEST_PRINTERS");
+    unsetenv("CUPS_SERVER");
     unsetenv("TESK_TEST_PRINTER_SPOOL");
     display::Reset();
 }

@@ -27,7 +27,7 @@ size_t Count(const std::string& text, const std::string& what) {
     return n;
 }
 
-TEST_F(PrinterTest, NoPrintersWithoutAPrintSystem) {
+TEST_F(PrinterTest, NoPrintersUnlessSomeAreNamed) {
     DWORD size = 0;
     EXPECT_FALSE(GetDefaultPrinterW(nullptr, &size));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));

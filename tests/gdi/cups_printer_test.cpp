@@ -1,0 +1,112 @@
+// CUPS printers under a scheduler started by the test.
+#include <icm.h>
+#include <tesk/path.h>
+#include <windows.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+#include "cups_server.h"
+#include "gdi_test_support.h"
+#include "ppd_profiles.h"
+
+namespace tesk::test {
+namespace {
+
+class CupsPrinterTest : public GdiTest {
+protected:
+    void SetUp() override {
+        GdiTest::SetUp();
+        unsetenv("TESK_TEST_PRINTERS");  // the printers are CUPS' now
+        server_ = std::make_unique<CupsServer>();
+        if (!server_->Running()) GTEST_SKIP() << "CUPS is not available";
+        profile_ = env_.Root() + "/printer.icc";
+        WriteRgbProfile(profile_, true);
+        ASSERT_TRUE(server_->AddQueue("Office", "", false));
+        ASSERT_TRUE(server_->AddQueue("Proofer", profile_, true));
+    }
+    void TearDown() override {
+        server_.reset();
+        GdiTest::TearDown();
+    }
+    std::unique_ptr<CupsServer> server_;
+    std::string profile_;
+};
+
+TEST_F(CupsPrinterTest, TheDefaultDestinationIsTheDefaultPrinter) {
+    WCHAR name[64] = {};
+    DWORD size = 64;
+    ASSERT_TRUE(GetDefaultPrinterW(name, &size));
+    EXPECT_EQ(std::wstring(name), L"Proofer");
+    WCHAR device[520] = {};
+    ASSERT_GT(GetProfileStringW(L"windows", L"device", L"", device, 520), 0u);
+    EXPECT_EQ(std::wstring(device),
+              L"Proofer,Tesk Test Printer," + path::Wide("file://" + server_->OutputOf("Proofer")));
+
+    LPWSTR office = const_cast<LPWSTR>(L"Office");
+    EXPECT_EQ(DocumentPropertiesW(nullptr, nullptr, office, nullptr, nullptr, 0), LONG(sizeof(DEVMODEW)));
+    EXPECT_EQ(DocumentPropertiesW(nullptr, nullptr, const_cast<LPWSTR>(L"Nowhere"), nullptr, nullptr, 0), -1);
+}
+
+TEST_F(CupsPrinterTest, APrintersProfileComesFromItsPpd) {
+    HDC proofer = CreateDCW(nullptr, L"Proofer", nullptr, nullptr);
+    ASSERT_NE(proofer, nullptr);
+    WCHAR name[MAX_PATH] = {};
+    DWORD size = MAX_PATH;
+    ASSERT_TRUE(GetICMProfileW(proofer, &size, name));
+    EXPECT_EQ(path::ToNative(name), profile_);
+    DeleteDC(proofer);
+
+    HDC office = CreateDCW(nullptr, L"Office", nullptr, nullptr);
+    size = MAX_PATH;
+    EXPECT_FALSE(GetICMProfileW(office, &size, name));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_PROFILE_NOT_FOUND));
+    DeleteDC(office);
+}
+
+TEST_F(CupsPrinterTest, APrintedDocumentArrivesAsAJob) {
+    HDC dc = CreateDCW(nullptr, L"Office", nullptr, nullptr);
+    DOCINFOW info{sizeof(DOCINFOW), L"Job from GDI", nullptr, nullptr, 0};
+    ASSERT_GT(StartDocW(dc, &info), 0);
+    ASSERT_GT(StartPage(dc), 0);
+    ASSERT_TRUE(BitBlt(dc, 0, 0, 50, 50, nullptr, 0, 0, BLACKNESS));
+    ASSERT_GT(EndPage(dc), 0);
+    ASSERT_GT(EndDoc(dc), 0);
+    DeleteDC(dc);
+
+    std::string output = server_->OutputOf("Office"), text;
+    for (int i = 0; i < 150 && text.find("%%EOF") == std::string::npos; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        std::ifstream in(output, std::ios::binary);
+        std::stringstream read;
+        read << in.rdbuf();
+        text = read.str();
+    }
+    std::ifstream log(server_->Folder() + "/error_log");
+    std::stringstream logText;
+    logText << log.rdbuf();
+    EXPECT_EQ(text.rfind("%PDF-1.4", 0), 0u) << "scheduler log:\n" << logText.str();
+    EXPECT_NE(text.find("/Title (Job from GDI)"), std::string::npos);
+    EXPECT_NE(text.find("%%EOF"), std::string::npos);
+}
+
+TEST(PpdProfileTest, TheDefaultColourModelsProfileIsChosen) {
+    printers::PpdColorInfo info = printers::ParsePpdColorInfo(
+        "*PPD-Adobe: \"4.3\"\r\n*cupsICCProfile Gray../Grey: \"gray.icc\"\r\n"
+        "*cupsICCProfile RGB.Glossy.600dpi/Colour: \"/abs/rgb.icc\"\r\n*DefaultColorModel: RGB\r\n"
+        "*cupsICCProfileX ignored: \"x.icc\"\n*cupsICCProfile broken");
+    ASSERT_EQ(info.profiles.size(), 2u);
+    EXPECT_EQ(info.profiles[0].qualifiers, "Gray..");
+    EXPECT_EQ(info.defaultColorModel, "RGB");
+    EXPECT_EQ(printers::ChoosePpdProfile(info, "/cups/profiles"), "/abs/rgb.icc");
+    info.defaultColorModel = "CMYK";
+    EXPECT_EQ(printers::ChoosePpdProfile(info, "/cups/profiles"), "/cups/profiles/gray.icc");
+    EXPECT_EQ(printers::ChoosePpdProfile(printers::ParsePpdColorInfo(""), "/p"), "");
+}
+
+}  // namespace
+}  // namespace tesk::test
