@@ -65,7 +65,7 @@ BOOL WINAPI GetColorProfileElement(HPROFILE hProfile, TAGTYPE tag, DWORD dwOffse
     }
     if (dwOffset > data.size()) return Fail(ERROR_INVALID_PARAMETER);
     const size_t count = std::min<size_t>(*pcbElement, data.size() - dwOffset);
-    std::memcpy(pElement, data.data() + dwOffset, count);
+    if (count) std::memcpy(pElement, data.data() + dwOffset, count);
     *pcbElement = static_cast<DWORD>(count);
     return TRUE;
 }
