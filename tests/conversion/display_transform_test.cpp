@@ -114,7 +114,8 @@ TEST_F(DisplayTransformTest, GreyscaleIndexUsesTheLowBytes) {
 TEST_F(DisplayTransformTest, EmbeddedProfileBringsTilesIntoTheWorkingSpace) {
     // A source profile equal to the working space leaves the pixels (nearly) alone,
     // whichever way the tiles run.
-    std::wstring wide(SrgbPath().begin(), SrgbPath().end());
+    const std::string path = SrgbPath();
+    std::wstring wide(path.begin(), path.end());
     PROFILE record{PROFILE_FILENAME, wide.data(), static_cast<DWORD>((wide.size() + 1) * 2)};
     HPROFILE source = OpenColorProfileW(&record, PROFILE_READ, FILE_SHARE_READ, OPEN_EXISTING);
     ASSERT_NE(source, nullptr);
