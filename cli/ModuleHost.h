@@ -1,0 +1,51 @@
+// The command line as the module's host: the settings store registered, the
+// colour manager made, and names and paths handed over in the module's form.
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class CColorManager;
+
+namespace teskcolor {
+
+// Registers the settings store and creates the colour manager; throws
+// CCliError when the colour system cannot be loaded.
+CColorManager& ColourManager();
+
+// A profile argument as the module takes it: an existing file becomes its
+// absolute path in Windows form; anything else stays a bare name, which the
+// module looks up in the colour directory.
+std::wstring ModuleProfileName(const std::string& argument);
+// The colour directory as a Linux path.
+std::string ColourDirectory(CColorManager& manager);
+
+// A profile's bytes with where they came from.
+struct SProfileSource {
+    std::vector<uint8_t> bytes;
+    std::string origin;  // for messages: "a.icc", "photo.jpg (embedded)"
+    std::string file;    // a file holding exactly these bytes, "" for an embedded one
+};
+
+// A profile file, an image's embedded profile, or an installed profile by
+// name. Throws NotFound when none of these exists or the image has none.
+SProfileSource LoadProfileSource(const std::string& argument, CColorManager* manager);
+
+// The profiles the settings name (working space; default CMYK profile).
+SProfileSource WorkingSpaceProfile(CColorManager& manager);
+SProfileSource DefaultCMYKProfile(CColorManager& manager);
+
+// A file holding `bytes` for the rest of this run, removed when the program
+// ends; `folder` "" means the temporary folder.
+std::string KeepForThisRun(const std::vector<uint8_t>& bytes, const std::string& folder = "");
+// A name under which the module finds the profile in the colour directory,
+// for settings the module always joins to that directory (monitor, proof,
+// working space). A profile found there already keeps its name; otherwise it
+// is installed when `install` is set, else copied there for this run only.
+std::wstring NameInColourDirectory(const SProfileSource& profile, CColorManager& manager, bool install);
+
+// Throws CCliError(WrongProfile) unless the profile's header has that data
+// colour space ('RGB ', 'CMYK', 'GRAY'); `role` names its use in the message.
+void RequireColourSpace(const SProfileSource& profile, uint32_t space, const std::string& role);
+
+}  // namespace teskcolor

@@ -1,0 +1,32 @@
+#include "cli/ProgressBar.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace teskcolor {
+
+CProgressBar::CProgressBar(std::string label)
+    : m_label(std::move(label)), m_bEnabled(isatty(STDERR_FILENO) == 1 && !std::getenv("TESKCOLOR_NO_PROGRESS")) {
+    if (m_bEnabled) m_status.AttachSink(this);
+}
+
+CProgressBar::~CProgressBar() {
+    if (m_bDrawn) std::fprintf(stderr, "\r\033[K");
+}
+
+void CProgressBar::OnProgress(long long position, long long range) {
+    if (range <= 0) return;
+    const int percent = int(position * 100 / range);
+    if (percent == m_nLastPercent) return;
+    m_nLastPercent = percent;
+    constexpr int kWidth = 30;
+    const int filled = percent * kWidth / 100;
+    std::fprintf(stderr, "\r%-10s [%.*s%*s] %3d%%", m_label.c_str(), filled, "##############################",
+                 kWidth - filled, "", percent);
+    std::fflush(stderr);
+    m_bDrawn = true;
+}
+
+}  // namespace teskcolor

@@ -1,0 +1,187 @@
+#include "cli/SessionSettings.h"
+
+#include <atomic>
+#include <map>
+#include <type_traits>
+#include <string>
+#include <utility>
+#include <variant>
+
+#include "host/SettingsStore.h"
+#include "host/SingletonManager.h"
+
+namespace teskcolor {
+
+namespace {
+
+using Value = std::variant<int, std::wstring, double>;
+using Key = std::pair<int, int>;
+
+// Overrides of this run, shared by every group object.
+struct SOverlay {
+    bool active = false;
+    std::map<Key, Value> values;
+};
+
+SOverlay& Overlay() {
+    static SOverlay overlay;
+    return overlay;
+}
+
+template <typename T>
+bool ReadOverride(int group, int id, T& out) {
+    auto found = Overlay().values.find({group, id});
+    if (found == Overlay().values.end()) return false;
+    if (const T* value = std::get_if<T>(&found->second)) {
+        out = *value;
+        return true;
+    }
+    return false;
+}
+
+class CGroup;
+
+// One writer interface of a group; it lives as long as the group it came from.
+template <typename Interface, typename T>
+class CWriter : public TUnknownImpl<Interface> {
+public:
+    CWriter(const GUID& iid, CGroup* group);
+    IVError* Write(int id, T value, int flags) override;
+
+private:
+    ~CWriter() override;
+    CGroup* m_pGroup;
+};
+
+class CGroup : public IVSettingsGroup {
+public:
+    CGroup(int group, IVSettingsGroup* inner) : m_nGroup(group), m_pInner(inner) {}
+
+    HRESULT QueryInterface(const GUID& iid, void** out) override {
+        if (!out) return E_POINTER;
+        *out = nullptr;
+        if (iid == IID_IVSettingsGroup || iid == IID_IVUnknown) {
+            *out = static_cast<IVSettingsGroup*>(this);
+            AddRef();
+        } else if (iid == IID_IVSettingsIntWriter) {
+            *out = static_cast<IVSettingsIntWriter*>(new CWriter<IVSettingsIntWriter, int>(iid, this));
+        } else if (iid == IID_IVSettingsTextWriter) {
+            *out = static_cast<IVSettingsTextWriter*>(new CWriter<IVSettingsTextWriter, const wchar_t*>(iid, this));
+        }
+        return *out ? S_OK : E_NOINTERFACE;
+    }
+    ULONG AddRef() override { return ++m_nRefs; }
+    ULONG Release() override {
+        ULONG left = --m_nRefs;
+        if (left == 0) delete this;
+        return left;
+    }
+
+    bool ReadInt(int id, int& value) override {
+        return ReadOverride(m_nGroup, id, value) || (m_pInner && m_pInner->ReadInt(id, value));
+    }
+    bool ReadText(int id, CString& value) override {
+        std::wstring text;
+        if (ReadOverride(m_nGroup, id, text)) {
+            value = text.c_str();
+            return true;
+        }
+        return m_pInner && m_pInner->ReadText(id, value);
+    }
+    bool ReadDouble(int id, double& value) override {
+        return ReadOverride(m_nGroup, id, value) || (m_pInner && m_pInner->ReadDouble(id, value));
+    }
+    IVError* WriteDouble(int id, double value, int flags) override {
+        if (Overlay().active) {
+            Overlay().values[{m_nGroup, id}] = value;
+            return nullptr;
+        }
+        return m_pInner ? m_pInner->WriteDouble(id, value, flags) : nullptr;
+    }
+
+    IVError* WriteInt(int id, int value, int flags) {
+        if (Overlay().active) {
+            Overlay().values[{m_nGroup, id}] = value;
+            return nullptr;
+        }
+        return ForwardWrite<IVSettingsIntWriter>(IID_IVSettingsIntWriter, id, value, flags);
+    }
+    IVError* WriteText(int id, const wchar_t* value, int flags) {
+        if (Overlay().active) {
+            Overlay().values[{m_nGroup, id}] = std::wstring(value ? value : L"");
+            return nullptr;
+        }
+        return ForwardWrite<IVSettingsTextWriter>(IID_IVSettingsTextWriter, id, value, flags);
+    }
+
+private:
+    ~CGroup() {
+        if (m_pInner) m_pInner->Release();
+    }
+
+    template <typename Interface, typename T>
+    IVError* ForwardWrite(const GUID& iid, int id, T value, int flags) {
+        Interface* writer = nullptr;
+        if (!m_pInner || m_pInner->QueryInterface(iid, reinterpret_cast<void**>(&writer)) != S_OK || !writer)
+            return nullptr;
+        IVError* error = writer->Write(id, value, flags);
+        writer->Release();
+        return error;
+    }
+
+    int m_nGroup;
+    IVSettingsGroup* m_pInner;
+    std::atomic<ULONG> m_nRefs{1};
+};
+
+template <typename Interface, typename T>
+CWriter<Interface, T>::CWriter(const GUID& iid, CGroup* group) : TUnknownImpl<Interface>(iid), m_pGroup(group) {
+    m_pGroup->AddRef();
+}
+
+template <typename Interface, typename T>
+CWriter<Interface, T>::~CWriter() {
+    m_pGroup->Release();
+}
+
+template <typename Interface, typename T>
+IVError* CWriter<Interface, T>::Write(int id, T value, int flags) {
+    if constexpr (std::is_same_v<T, int>)
+        return m_pGroup->WriteInt(id, value, flags);
+    else
+        return m_pGroup->WriteText(id, value, flags);
+}
+
+class CStore : public TUnknownImpl<IVSettingsStore> {
+public:
+    CStore() : TUnknownImpl<IVSettingsStore>(IID_IVSettingsStore), m_pInner(CreateFileSettingsStore()) {}
+
+    IVError* Prepare() override { return m_pInner->Prepare(); }
+    IVError* OpenGroup(int group, IVSettingsGroup** out) override {
+        if (!out) return nullptr;
+        IVSettingsGroup* inner = nullptr;
+        IVError* error = m_pInner->OpenGroup(group, &inner);
+        *out = new CGroup(group, inner);
+        return error;
+    }
+
+private:
+    ~CStore() override { m_pInner->Release(); }
+    IVSettingsStore* m_pInner;
+};
+
+void ReleaseStore(void* object) { static_cast<IVSettingsStore*>(object)->Release(); }
+
+}  // namespace
+
+void RegisterSessionSettingsStore() {
+    CSingletonManager& singletons = CSingletonManager::Instance();
+    if (singletons.GetInstanceVoid(kSettingsStoreGUID)) return;
+    auto* store = new CStore();
+    // The manager finds the store as an IVSettingsStore pointer.
+    if (!singletons.AddVoid(kSettingsStoreGUID, static_cast<IVSettingsStore*>(store), ReleaseStore)) store->Release();
+}
+
+void KeepWritesForThisRun() { Overlay().active = true; }
+
+}  // namespace teskcolor

@@ -1,0 +1,176 @@
+// teskcolor info: what the module makes of a profile.
+#include <tesk/path.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "cli/Arguments.h"
+#include "cli/Commands.h"
+#include "cli/Errors.h"
+#include "cli/ModuleHost.h"
+#include "cli/ProfileHeader.h"
+#include "cli/imageio/OutputFile.h"
+#include "colormgr/ColorManager.h"
+#include "icc/ICCReadColorProfile.h"
+
+namespace teskcolor {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char* kHelp =
+    "usage: teskcolor info [--json] PROFILE|IMAGE\n"
+    "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
+    "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
+    "check's verdict, header fields, description and copyright, tone curves, colorants and\n"
+    "white point, and how the module classifies it.\n"
+    "  --json   one JSON object on standard output, for scripts\n";
+
+Json Xyz(const SMyXYZNumber& xyz) { return Json::array({xyz.X, xyz.Y, xyz.Z}); }
+
+Json HeaderJson(const SProfileHeader& h) {
+    char date[48];
+    std::snprintf(date, sizeof date, "%04u-%02u-%02uT%02u:%02u:%02u", h.dateTime[0], h.dateTime[1], h.dateTime[2],
+                  h.dateTime[3], h.dateTime[4], h.dateTime[5]);
+    static const char* kIntents[] = {"perceptual", "relative colorimetric", "saturation", "absolute colorimetric"};
+    return Json{{"size", h.size},
+                {"cmm", SignatureText(h.cmmType)},
+                {"version", VersionText(h.version)},
+                {"class", SignatureText(h.deviceClass)},
+                {"colour_space", SignatureText(h.dataColorSpace)},
+                {"connection_space", SignatureText(h.connectionSpace)},
+                {"created", date},
+                {"signature", SignatureText(h.signature)},
+                {"platform", SignatureText(h.platform)},
+                {"flags", h.flags},
+                {"manufacturer", SignatureText(h.manufacturer)},
+                {"model", SignatureText(h.model)},
+                {"attributes", h.attributes},
+                {"rendering_intent", h.renderingIntent < 4 ? kIntents[h.renderingIntent] : "unknown"},
+                {"illuminant", Json::array({h.illuminant[0], h.illuminant[1], h.illuminant[2]})},
+                {"creator", SignatureText(h.creator)}};
+}
+
+Json CurveJson(CICCReadColorProfile& reader, unsigned long tag) {
+    TRCCURVE curve{};
+    if (!reader.GetTRC(tag, curve)) return Json{{"readable", false}};
+    Json out{{"readable", true}, {"type", SignatureText(curve.m_nSignature)}};
+    if (curve.m_nSignature == kCurveTypeSignature) {
+        const uint32_t count = curve.m_curve.m_nCount;
+        out["entries"] = count;
+        if (count == 0) out["shape"] = "identity";
+        if (count == 1) {
+            out["shape"] = "gamma";
+            out["gamma"] = curve.m_curve.m_fGamma;
+        }
+        if (count >= 2) {
+            out["shape"] = "sampled";
+            out["first"] = curve.m_curve.m_pEntries[0];
+            out["middle"] = curve.m_curve.m_pEntries[count / 2];
+            out["last"] = curve.m_curve.m_pEntries[count - 1];
+            delete[] curve.m_curve.m_pEntries;
+        }
+    } else if (curve.m_nSignature == kParametricCurveTypeSignature) {
+        const SICCParametricCurveType& p = curve.m_para;
+        out["shape"] = "parametric";
+        out["function_type"] = p.m_nFunctionType;
+        out["parameters"] = Json::array({p.m_dG, p.m_dA, p.m_dB, p.m_dC, p.m_dD, p.m_dE});
+    }
+    return out;
+}
+
+// A file holding the profile, for the module's checks that open by name.
+std::string FileForProfile(const SProfileSource& profile, std::unique_ptr<COutputFile>& scratch) {
+    if (!profile.file.empty()) return std::filesystem::absolute(profile.file).string();
+    scratch = std::make_unique<COutputFile>(std::filesystem::temp_directory_path().string() + "/teskcolor-info.icc");
+    std::fwrite(profile.bytes.data(), 1, profile.bytes.size(), scratch->Stream());
+    std::fflush(scratch->Stream());
+    return scratch->TempPath();
+}
+
+Json Describe(const SProfileSource& profile, CColorManager& manager) {
+    Json out{{"source", profile.origin}, {"bytes", profile.bytes.size()}};
+    auto header = ParseProfileHeader(profile.bytes.data(), profile.bytes.size());
+    if (header) out["header"] = HeaderJson(*header);
+
+    // The module may touch the block while it checks it; it gets a copy.
+    std::vector<uint8_t> block = profile.bytes;
+    CICCReadColorProfile reader;
+    bool valid = true;
+    const bool opened = !block.empty() && reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid);
+    out["verdict"] = opened ? "valid" : valid ? "refused" : "invalid";
+    if (!opened) return out;
+
+    CString text;
+    if (reader.GetDescription(text)) out["description"] = text.Utf8();
+    if (reader.GetCopyright(text)) out["copyright"] = text.Utf8();
+
+    Json curves = Json::object();
+    for (unsigned long tag : {0x72545243ul, 0x67545243ul, 0x62545243ul, 0x6B545243ul})
+        if (reader.DoesProfileTagExist(tag)) curves[SignatureText(uint32_t(tag))] = CurveJson(reader, tag);
+    out["curves"] = curves;
+
+    Json colorimetry = Json::object();
+    SMyXYZNumber xyz{};
+    for (unsigned long tag : {0x7258595Aul, 0x6758595Aul, 0x6258595Aul})
+        if (reader.GetXYZColorant(xyz, tag)) colorimetry[SignatureText(uint32_t(tag))] = Xyz(xyz);
+    if (reader.GetMediaWhitePoint(xyz)) colorimetry["white_point"] = Xyz(xyz);
+    if (reader.GetMediaBlackPoint(xyz)) colorimetry["black_point"] = Xyz(xyz);
+    double adaptation[9];
+    if (reader.GetChromaticAdaptationTag(adaptation)) colorimetry["chromatic_adaptation"] = adaptation;
+    out["colorimetry"] = colorimetry;
+
+    Json classification = Json::object();
+    void* handle = reader.GetProfile();
+    classification["logical_colour_space"] = reader.GetLCSCSType(handle) == 0x73524742 ? "sRGB" : "calibrated RGB";
+    SColorSpecRGB spec{};
+    if (header && header->dataColorSpace == 0x52474220 && reader.BuildColorSpecRGB(spec)) {
+        classification["srgb_curve"] = spec.m_bsRGB != 0;
+        classification["gamma"] = spec.m_dGamma;
+    }
+    std::unique_ptr<COutputFile> scratch;
+    CString path(tesk::path::ToWindows(FileForProfile(profile, scratch)));
+    CICCReadColorProfile byName;
+    classification["working_space"] = byName.IsProfileWorkingSpace(path);
+    classification["cmyk_printer"] = byName.IsProfileCMYK(path);
+    classification["same_as_working_space"] = manager.CompareProfileVersusWorkingSpace(reader);
+    classification["same_as_cmyk_profile"] = manager.CompareProfileVersusCMYKProfile(reader);
+    out["classification"] = classification;
+    return out;
+}
+
+void PrintText(const Json& j, const std::string& indent = "") {
+    for (auto it = j.begin(); it != j.end(); ++it) {
+        if (it->is_object()) {
+            std::printf("%s%s:\n", indent.c_str(), it.key().c_str());
+            PrintText(*it, indent + "  ");
+            continue;
+        }
+        std::string value = it->is_string() ? it->get<std::string>() : it->dump();
+        std::printf("%s%-24s %s\n", indent.c_str(), (it.key() + ":").c_str(), value.c_str());
+    }
+}
+
+}  // namespace
+
+int RunInfo(const Args& args) {
+    CArguments arguments("info", args, {{"--json", false}});
+    if (arguments.WantsHelp()) {
+        std::fputs(kHelp, stdout);
+        return 0;
+    }
+    arguments.ExpectPositional(1, "info [--json] PROFILE|IMAGE");
+    CColorManager& manager = ColourManager();
+    const SProfileSource profile = LoadProfileSource(arguments.Positional()[0], &manager);
+    const Json description = Describe(profile, manager);
+    if (arguments.Has("--json"))
+        std::printf("%s\n", description.dump(2).c_str());
+    else
+        PrintText(description);
+    return description["verdict"] == "valid" ? 0 : int(EExit::Corrupt);
+}
+
+}  // namespace teskcolor

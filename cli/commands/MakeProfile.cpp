@@ -1,0 +1,103 @@
+// teskcolor make-profile: an RGB display profile through the module's writer.
+#include <tesk/path.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <list>
+
+#include "cli/Arguments.h"
+#include "cli/Commands.h"
+#include "cli/Errors.h"
+#include "cli/ModuleHost.h"
+#include "cli/imageio/OutputFile.h"
+#include "icc/ICCWriteColorProfile.h"
+
+namespace teskcolor {
+
+namespace {
+
+constexpr const char* kHelp =
+    "usage: teskcolor make-profile [OPTIONS] OUTPUT.icc\n"
+    "Writes a matrix/TRC RGB display profile with the module's profile writer.\n"
+    "  --primaries srgb|adobe   colorants (default srgb: ITU-R BT.709 primaries)\n"
+    "  --gamma G                one gamma for all three curves (default: the sRGB curve)\n"
+    "  --description TEXT       the profile's description (default from the choices)\n"
+    "  --copyright TEXT         the copyright text (default \"No copyright, use freely\")\n";
+
+struct SPrimaries {
+    const char* name;
+    SMyXYZNumber red, green, blue;  // adapted to the D50 connection space
+};
+
+// Colorants of the two common RGB spaces, Bradford-adapted from D65 to D50.
+constexpr SPrimaries kPrimaries[] = {
+    {"srgb", {0.4360, 0.2225, 0.0139}, {0.3851, 0.7169, 0.0971}, {0.1431, 0.0606, 0.7141}},
+    {"adobe", {0.6097, 0.3111, 0.0195}, {0.2053, 0.6257, 0.0609}, {0.1492, 0.0632, 0.7446}},
+};
+
+}  // namespace
+
+int RunMakeProfile(const Args& args) {
+    CArguments arguments("make-profile", args,
+                         {{"--primaries", true}, {"--gamma", true}, {"--description", true}, {"--copyright", true}});
+    if (arguments.WantsHelp()) {
+        std::fputs(kHelp, stdout);
+        return 0;
+    }
+    arguments.ExpectPositional(1, "make-profile [OPTIONS] OUTPUT.icc");
+    const std::string output = arguments.Positional()[0];
+    const std::string primariesName = arguments.Value("--primaries").value_or("srgb");
+    const SPrimaries* primaries = nullptr;
+    for (const SPrimaries& p : kPrimaries)
+        if (primariesName == p.name) primaries = &p;
+    if (!primaries) throw CCliError(EExit::Usage, "make-profile: --primaries is srgb or adobe");
+    const std::optional<double> gamma = arguments.Number("--gamma", 0.1, 10.0);
+
+    char defaultDescription[96];
+    if (gamma)
+        std::snprintf(defaultDescription, sizeof defaultDescription, "%s primaries, gamma %.2f",
+                      primariesName == "srgb" ? "sRGB" : "Adobe RGB", *gamma);
+    else
+        std::snprintf(defaultDescription, sizeof defaultDescription, "%s primaries, sRGB curve",
+                      primariesName == "srgb" ? "sRGB" : "Adobe RGB");
+    std::list<std::string> description{arguments.Value("--description").value_or(defaultDescription)};
+    std::list<std::string> copyright{arguments.Value("--copyright").value_or("No copyright, use freely")};
+
+    ColourManager();  // the platform's colour system, loaded as the host does
+    COutputFile file(output);
+    file.CloseStream();
+    CICCWriteColorProfile writer;
+    if (!writer.OpenICCProfileForWrite(tesk::path::ToWindows(std::filesystem::absolute(file.TempPath()).string()).c_str()))
+        throw CCliError(EExit::WriteFailed, output + ": the profile writer cannot create it");
+
+    bool ok = writer.SetCopyrightTag(0x63707274, copyright) && writer.SetStringTag(0x64657363, description);
+    SMyXYZNumber red = primaries->red, green = primaries->green, blue = primaries->blue;
+    SMyXYZNumber white{0.9642, 1.0, 0.8249};
+    SMyXYZNumber black{0.0, 0.0, 0.0};
+    ok = ok && writer.SetXYZColorant(red, 0x7258595A) && writer.SetXYZColorant(green, 0x6758595A) &&
+         writer.SetXYZColorant(blue, 0x6258595A) && writer.SetMediaWhitePoint(white) && writer.SetMediaBlackPoint(black);
+    for (unsigned long tag : {0x72545243ul, 0x67545243ul, 0x62545243ul}) {
+        if (gamma) {
+            SICCCurveType curve{1, nullptr, float(*gamma)};
+            ok = ok && writer.SetTRCCurveType(tag, curve);
+        } else {
+            // The sRGB curve as IEC 61966-2-1 gives it: parametric function type 3.
+            SICCParametricCurveType curve{2.4, 3, 4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045, 0.0};
+            ok = ok && writer.SetTRCParametricCurveType(tag, curve);
+        }
+    }
+    writer.SetHeaderClass(0x6D6E7472);
+    writer.SetHeaderDataColorSpace(0x52474220);
+    writer.SetHeaderConnectionColorSpace(0x58595A20);
+    ok = ok && writer.SetDefaultProfileHeader();
+    const CM_PROFILE result = writer.FinalizeProfileWrite();
+    if (!ok || result != CM_PROFILE_VALID)
+        throw CCliError(EExit::WriteFailed, output + ": the profile writer " +
+                                                (ok ? "produced a profile the colour system rejects" : "failed"));
+    file.Commit();
+    std::printf("wrote %s (%s)\n", output.c_str(), description.front().c_str());
+    return 0;
+}
+
+}  // namespace teskcolor
