@@ -1,6 +1,7 @@
 #include "host/imaging/DibIterator.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -20,6 +21,10 @@ IVError* CDibIterator::Create(int width, int height, EVPixelFormat format, const
         return VImaging_MakeError(VIMG_ERR_ARGUMENT);
     }
     const size_t stride = (size_t(width) * size_t(GetBPP(format)) + 31) / 32 * 4;
+    if (stride > size_t(INT32_MAX) || (height > 0 && stride > SIZE_MAX / size_t(height))) {
+        UpdateHeader();
+        return VImaging_MakeError(VIMG_ERR_NO_MEMORY);
+    }
     try {
         m_bits.assign(stride * size_t(height), 0);
     } catch (const std::bad_alloc&) {

@@ -1,13 +1,24 @@
 #include "host/imaging/RowIterator.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "host/imaging/PixelCodec.h"
 
+namespace {
+
+struct SFree {
+    void operator()(BYTE* p) const { std::free(p); }
+};
+
+}  // namespace
+
 struct CRowIterator::SImage {
-    std::unique_ptr<BYTE[]> owned;
+    // calloc: large blocks come straight from the system already zeroed, so a
+    // fresh image costs no pass over its memory until it is written.
+    std::unique_ptr<BYTE, SFree> owned;
     BYTE* firstRow = nullptr;
     std::ptrdiff_t stride = 0;
     int width = 0;
@@ -32,10 +43,10 @@ bool CRowIterator::Create(int width, int height, EVPixelFormat format, const CVP
     const long long rowBytes = CVPixelFormat::GetRowBytes(format, width);
     const long long stride = (rowBytes + 3) / 4 * 4;
     auto image = std::make_shared<SImage>();
+    if (height > 0 && size_t(stride) > SIZE_MAX / size_t(height)) return false;
     const size_t total = size_t(stride) * size_t(height);
     if (total > 0) {
-        // Zero-filled only when no background is asked for: a full fill follows otherwise.
-        image->owned.reset(background ? new (std::nothrow) BYTE[total] : new (std::nothrow) BYTE[total]());
+        image->owned.reset(static_cast<BYTE*>(std::calloc(total, 1)));
         if (!image->owned) return false;
     }
     image->firstRow = image->owned.get();
@@ -47,9 +58,7 @@ bool CRowIterator::Create(int width, int height, EVPixelFormat format, const CVP
     if (palette) image->palette = *palette;
     if (background) {
         for (int y = 0; y < height; ++y) {
-            BYTE* row = image->firstRow + std::ptrdiff_t(y) * image->stride;
-            std::memset(row, 0, size_t(stride));
-            vimaging::FillRow(row, format, width, *background);
+            vimaging::FillRow(image->firstRow + std::ptrdiff_t(y) * image->stride, format, width, *background);
         }
     }
     m_image = std::move(image);

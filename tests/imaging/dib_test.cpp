@@ -46,6 +46,7 @@ TEST(Dib, BottomUpRowsAndHeader) {
     EXPECT_EQ(CodeOf(dib.GetRow(0, 0, 1, 1, &row)), VIMG_ERR_ARGUMENT);  // no sub-byte offset at 24 bits
     EXPECT_EQ(CodeOf(CDibIterator::Create(dib, 2, 2, EVPixelFormat(9 + 5), CColorRef())), VIMG_ERR_ARGUMENT);
     EXPECT_FALSE(dib.IsCreated());
+    EXPECT_EQ(CodeOf(CDibIterator::Create(dib, 0x7FFFFFFF, 0x7FFFFFFF, VPF_RGBA_16, CColorRef())), VIMG_ERR_NO_MEMORY);
 }
 
 TEST(Dib, RealignedRowWritesBackOnRelease) {

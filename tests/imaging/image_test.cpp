@@ -28,6 +28,9 @@ TEST(Image, CreateRejectsBadArgumentsAndDetaches) {
     EXPECT_FALSE(CRowIteratorBands::Create(image, -1, 4, VPF_RGB_8));
     EXPECT_EQ(image.GetRow(0), nullptr);
     EXPECT_EQ(image.GetPixelFormat(), VPF_UNKNOWN);
+    // A size whose byte count does not fit fails instead of wrapping around.
+    EXPECT_FALSE(image.Create(0x7FFFFFFF, 0x7FFFFFFF, VPF_RGBA_16));
+    EXPECT_FALSE(image.IsAttached());
 }
 
 TEST(Image, RowsArePaddedAndBoundsChecked) {
