@@ -2,28 +2,32 @@
 #include <icm.h>
 #include <windows.h>
 
-#include <cstdlib>
+#include "choices.h"
+#ifdef TESK_HAVE_GTK
+#include "gtk_dialog.h"
+#endif
 
-namespace {
-
-bool HasDisplay() {
-    const char* display = std::getenv("DISPLAY");
-    return display && *display;
-}
-
-}  // namespace
+using namespace tesk;
 
 BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms) {
     if (!pcms || pcms->dwSize < sizeof(COLORMATCHSETUPW) || pcms->dwVersion < COLOR_MATCH_VERSION) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    // No dialog can be shown without a display; the record stays untouched.
-    if (!HasDisplay()) {
-        SetLastError(ERROR_NOT_SUPPORTED);
+#ifdef TESK_HAVE_GTK
+    icmui::Choices choices = icmui::ReadRecord(*pcms);
+    switch (icmui::RunDialog(*pcms, choices)) {
+    case icmui::DialogResult::Accepted:
+        return icmui::WriteRecord(choices, *pcms) ? TRUE : FALSE;
+    case icmui::DialogResult::Cancelled:
+        // A cancelled dialog is not an error: the caller tells it by last error 0.
+        SetLastError(ERROR_SUCCESS);
         return FALSE;
+    case icmui::DialogResult::Unavailable:
+        break;
     }
-    // This build has no dialog toolkit.
+#endif
+    // No dialog can be shown (no display, or a build without GTK); the record stays untouched.
     SetLastError(ERROR_NOT_SUPPORTED);
     return FALSE;
 }

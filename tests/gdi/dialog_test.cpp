@@ -1,0 +1,157 @@
+// The colour-matching dialog under Xvfb, driven by xdotool.
+#include <icm.h>
+#include <tesk/path.h>
+#include <windows.h>
+
+#include <cstdio>
+#include <cwchar>
+#include <set>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "gdi_test_support.h"
+#include "xvfb_server.h"
+
+// After GoogleTest: Xlib's macros would clash with it.
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+namespace tesk::test {
+namespace {
+
+std::string Output(const std::string& command) {
+    std::string text;
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        char buffer[256];
+        while (fgets(buffer, sizeof buffer, pipe)) text += buffer;
+        pclose(pipe);
+    }
+    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
+    return text;
+}
+
+class DialogTest : public GdiTest {
+protected:
+    void SetUp() override {
+        GdiTest::SetUp();
+        if (std::system("command -v xdotool >/dev/null 2>&1") != 0) GTEST_SKIP() << "xdotool is not available";
+        server_ = std::make_unique<XvfbServer>(1024, 768);
+        if (!server_->Running()) GTEST_SKIP() << "Xvfb is not available";
+        setenv("DISPLAY", server_->Name().c_str(), 1);
+        setenv("NO_AT_BRIDGE", "1", 1);
+        // A printer profile beside the built-in sRGB one.
+        std::filesystem::create_directories(env_.ColorDir());
+        std::filesystem::copy_file(DataPath("ColorProfile/ISO Coated (FOGRA39).icc"),
+                                   env_.ColorDir() + "/ISO Coated (FOGRA39).icc");
+    }
+    void TearDown() override {
+        if (driver_.joinable()) driver_.join();
+        server_.reset();
+        GdiTest::TearDown();
+    }
+
+    // Waits for the dialog, keeps a screenshot of it, then types `keys` into it.
+    void Drive(const std::string& keys) {
+        driver_ = std::thread([this, keys] {
+            std::string window =
+                Output("timeout 20 xdotool search --sync --onlyvisible --name 'Colour Management' | head -1");
+            if (window.empty()) return;
+            std::system(("xdotool windowfocus --sync " + window + " >/dev/null 2>&1").c_str());
+            screenshotColours_ = ScreenshotColours(std::stoul(window));
+            std::system(("xdotool key --delay 100 " + keys + " >/dev/null 2>&1").c_str());
+        });
+    }
+
+    // Distinct colours in the dialog's window, saved as a PPM screenshot beside the tests.
+    size_t ScreenshotColours(unsigned long window) {
+        Display* x = XOpenDisplay(server_->Name().c_str());
+        if (!x) return 0;
+        XWindowAttributes attributes{};
+        XGetWindowAttributes(x, window, &attributes);
+        XImage* image = XGetImage(x, window, 0, 0, unsigned(attributes.width), unsigned(attributes.height), AllPlanes,
+                                  ZPixmap);
+        std::set<unsigned long> colours;
+        if (image) {
+            FILE* ppm = std::fopen(TESK_BINARY_DIR "/colour_matching_dialog.ppm", "wb");
+            if (ppm) std::fprintf(ppm, "P6\n%d %d\n255\n", attributes.width, attributes.height);
+            for (int y = 0; y < attributes.height; ++y)
+                for (int xx = 0; xx < attributes.width; ++xx) {
+                    unsigned long pixel = XGetPixel(image, xx, y);
+                    colours.insert(pixel);
+                    unsigned char rgb[3] = {uint8_t(pixel >> 16), uint8_t(pixel >> 8), uint8_t(pixel)};
+                    if (ppm) std::fwrite(rgb, 1, 3, ppm);
+                }
+            if (ppm) std::fclose(ppm);
+            XDestroyImage(image);
+        }
+        XCloseDisplay(x);
+        return colours.size();
+    }
+
+    COLORMATCHSETUPW Record() {
+        COLORMATCHSETUPW setup{};
+        setup.dwSize = sizeof setup;
+        setup.dwVersion = COLOR_MATCH_VERSION;
+        setup.dwFlags = 0x27C;  // intents, the three profiles, descriptions
+        setup.dwRenderIntent = INTENT_PERCEPTUAL;
+        setup.dwProofingIntent = INTENT_ABSOLUTE_COLORIMETRIC;
+        setup.pMonitorProfile = monitor_;
+        setup.ccMonitorProfile = MAX_PATH;
+        setup.pPrinterProfile = printer_;
+        setup.ccPrinterProfile = MAX_PATH;
+        setup.pTargetProfile = target_;
+        setup.ccTargetProfile = MAX_PATH;
+        return setup;
+    }
+
+    std::unique_ptr<XvfbServer> server_;
+    std::thread driver_;
+    size_t screenshotColours_ = 0;
+    WCHAR monitor_[MAX_PATH] = L"sRGB Color Space Profile.icm";
+    WCHAR printer_[MAX_PATH] = L"ISO Coated (FOGRA39).icc";
+    WCHAR target_[MAX_PATH] = L"";
+};
+
+TEST_F(DialogTest, CancellingReturnsZeroWithNoErrorAndChangesNothing) {
+    COLORMATCHSETUPW setup = Record();
+    setup.dwFlags |= CMS_DISABLEICM;
+    Drive("Escape");
+    SetLastError(12345);
+    EXPECT_FALSE(SetupColorMatchingW(&setup));
+    EXPECT_EQ(GetLastError(), 0u);
+    EXPECT_EQ(setup.dwFlags, DWORD(0x27C | CMS_DISABLEICM));
+    EXPECT_EQ(std::wstring(monitor_), L"sRGB Color Space Profile.icm");
+    EXPECT_GT(screenshotColours_, 3u);  // the dialog was drawn, not a blank window
+}
+
+TEST_F(DialogTest, AChangedIntentComesBackWhenAccepted) {
+    COLORMATCHSETUPW setup = Record();
+    Drive("Down alt+o");  // the rendering intent has the focus: next intent, then OK
+    ASSERT_TRUE(SetupColorMatchingW(&setup));
+    EXPECT_EQ(setup.dwRenderIntent, DWORD(INTENT_RELATIVE_COLORIMETRIC));
+    EXPECT_EQ(setup.dwProofingIntent, DWORD(INTENT_ABSOLUTE_COLORIMETRIC));
+    EXPECT_EQ(setup.dwFlags & CMS_DISABLEICM, 0u);
+    EXPECT_EQ(std::wstring(monitor_), L"sRGB Color Space Profile.icm");
+    EXPECT_EQ(std::wstring(printer_), L"ISO Coated (FOGRA39).icc");
+    EXPECT_EQ(std::wstring(target_), L"");
+}
+
+TEST_F(DialogTest, ANameTooLongForItsBufferIsReportedAsOverflow) {
+    COLORMATCHSETUPW setup = Record();
+    setup.ccPrinterProfile = 5;
+    std::wcsncpy(printer_, L"ISO", MAX_PATH);
+    setup.pPrinterProfile = printer_;
+    // Four characters of the monitor name are read; they cannot go back with their terminator.
+    setup.ccMonitorProfile = 4;
+    Drive("alt+o");
+    EXPECT_FALSE(SetupColorMatchingW(&setup));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_NE(setup.dwFlags & CMS_MONITOROVERFLOW, 0u);
+    EXPECT_EQ(setup.dwFlags & CMS_PRINTEROVERFLOW, 0u);
+    EXPECT_EQ(std::wstring(printer_), L"ISO");
+}
+
+}  // namespace
+}  // namespace tesk::test
