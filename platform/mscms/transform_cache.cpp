@@ -41,10 +41,7 @@ std::shared_ptr<ChainTransforms> AcquireChain(ChainKey key, DWORD& error) {
     // threads may meanwhile use chains already cached.
     auto chain = std::make_shared<ChainTransforms>(std::move(key));
     const auto [input, output] = chain->UsualFormats();
-    if (!chain->For(input, output)) {
-        error = ERROR_INVALID_TRANSFORM;
-        return nullptr;
-    }
+    if (!chain->For(input, output, &error)) return nullptr;
 
     std::lock_guard lock(cache.mutex);
     if (auto raced = cache.Find(chain->Key())) return raced;

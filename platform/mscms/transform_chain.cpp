@@ -174,7 +174,8 @@ std::pair<cmsUInt32Number, cmsUInt32Number> ChainTransforms::UsualFormats() cons
     return {usual(key_.entrySpace), usual(key_.exitSpace)};
 }
 
-std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat) {
+std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat,
+                                                    DWORD* error) {
     std::lock_guard lock(mutex_);
     auto& slot = transforms_[{inputFormat, outputFormat}];
     if (slot) return slot;
@@ -204,8 +205,10 @@ std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat,
                                           gamut ? static_cast<cmsUInt32Number>(list.size() - 1) : 0,
                                           inputFormat, outputFormat, flags);
     }
+    const bool allOpened = opened.size() == key_.profiles.size();
     for (cmsHPROFILE profile : opened) cmsCloseProfile(profile);
     if (!made) {
+        if (error) *error = allOpened ? ERROR_INVALID_TRANSFORM : ERROR_INVALID_PROFILE;
         transforms_.erase({inputFormat, outputFormat});
         return nullptr;
     }

@@ -67,9 +67,12 @@ public:
     cmsColorSpaceSignature EntrySpace() const { return key_.entrySpace; }
     cmsColorSpaceSignature ExitSpace() const { return key_.exitSpace; }
 
-    // The lcms2 transform for this pair of formats, made on first use; null
-    // when lcms2 refuses it. Safe to call from several threads.
-    std::shared_ptr<LcmsTransform> For(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat);
+    // The lcms2 transform for this pair of formats, made on first use. Null
+    // when lcms2 refuses it, with `error` (if given) ERROR_INVALID_PROFILE when
+    // a profile cannot be read, else ERROR_INVALID_TRANSFORM. Safe to call
+    // from several threads.
+    std::shared_ptr<LcmsTransform> For(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat,
+                                       DWORD* error = nullptr);
 
     // The pair of 8-bit (or, for PCS ends, 16-bit) formats most callers use;
     // making it proves that the profiles can be joined.

@@ -151,6 +151,13 @@ TEST_F(TransformCreation, BadArgumentsGiveNullAndAReason) {
     intents[1] = 0;
     HPROFILE foreign[2] = {a.Get(), reinterpret_cast<HPROFILE>(0x4321)};
     EXPECT_EQ(create(foreign, 2, intents, 2), DWORD{ERROR_INVALID_HANDLE});
+
+    // A header the container accepts but without the 'acsp' mark lcms2 wants.
+    Bytes unmarked(fogra_.begin(), fogra_.end());
+    unmarked[36] = 'x';
+    OpenedProfile broken(unmarked);
+    HPROFILE withBroken[2] = {a.Get(), broken.Get()};
+    EXPECT_EQ(create(withBroken, 2, intents, 2), DWORD{ERROR_INVALID_PROFILE});
 }
 
 TEST_F(TransformCreation, DeletingOneOfTwoIdenticalTransformsLeavesTheOther) {
