@@ -1,0 +1,267 @@
+// Settings: defaults, what each setter writes to the settings file and which
+// transforms it drops, the two commits, and start-up from a stored file in a
+// fresh process.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <tesk/path.h>
+
+#include "host/SingletonManager.h"
+#include "host/VException.h"
+#include "manager_test_support.h"
+
+using namespace colormgr_test;
+using Access = CColorManagerTestAccess;
+
+namespace {
+
+class SettingsTest : public ManagerTest {
+protected:
+    CColorManager& Manager() {
+        CColorManager* manager = CColorManager::Instance();
+        EXPECT_NE(manager, nullptr);
+        return *manager;
+    }
+};
+
+// Runs `check` in a child process that has no manager yet: a new process
+// starting from the settings file. Returns the child's exit status.
+template <typename Check>
+int InFreshProcess(Check check) {
+    CSingletonManager::Instance().DestroyAll();
+    pid_t child = ::fork();
+    if (child == 0) {
+        RegisterSettingsStoreService();
+        int failures = check(*CColorManager::Instance());
+        std::_Exit(failures);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 100;
+}
+
+}  // namespace
+
+TEST_F(SettingsTest, StartsFromDefaultsWithoutStoredSettings) {
+    CColorManager& manager = Manager();
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_PROFILES);
+    EXPECT_EQ(manager.GetEmbeddedMode(), VCM_EMBEDDED_DEFAULT);
+    EXPECT_FALSE(Access::Proof(manager));
+    EXPECT_EQ(Access::Intent(manager), 0u);
+    EXPECT_EQ(Access::ProofIntent(manager), 3u);
+    // Empty texts in the store fall back to the defaults of the language resources.
+    EXPECT_EQ(Access::WorkingSpace(manager), L"sRGB Color Space Profile.icm");
+    EXPECT_EQ(Access::CMYKProfile(manager), L"SWOP Coated (TR003).icc");
+    CString monitor;
+    manager.GetDefaultMonitorProfile(monitor);
+    EXPECT_EQ(monitor, L"sRGB Color Space Profile.icm");
+    // Mode 1 at start-up: a display transform from sRGB to the monitor.
+    EXPECT_NE(Access::ImageTransform(manager), nullptr);
+    EXPECT_FALSE(manager.QFXColorProfile());
+}
+
+TEST_F(SettingsTest, EverySetterPersistsItsEntry) {
+    CColorManager& manager = Manager();
+    manager.SetEmbeddedMode(static_cast<VCM_EMBEDDED>(2));
+    CString working(L"Working.icc"), cmyk(L"Press.icc"), monitor(L"Screen.icc");
+    manager.SetColorWorkingSpace(working);
+    manager.SetCMYKProfile(cmyk);
+    manager.SetMonitorProfile(monitor);
+
+    int value = -1;
+    std::wstring text;
+    EXPECT_TRUE(StoredInt(182, value));
+    EXPECT_EQ(value, 2);
+    EXPECT_TRUE(StoredText(175, text));
+    EXPECT_EQ(text, L"Working.icc");
+    EXPECT_TRUE(StoredText(176, text));
+    EXPECT_EQ(text, L"Press.icc");
+    EXPECT_TRUE(StoredText(172, text));
+    EXPECT_EQ(text, L"Screen.icc");
+
+    // SetMode keeps the mode in memory only.
+    manager.SetMode(VCM_MODE_TABLES);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_TABLES);
+    EXPECT_FALSE(StoredInt(170, value) && value == 2);
+
+    wchar_t printer[] = L"Printer.icc", proof[] = L"Proof.icc", same[] = L"Screen.icc";
+    manager.UpdateSettings(true, true, same, printer, proof, 2, 1);
+    EXPECT_TRUE(StoredInt(170, value));
+    EXPECT_EQ(value, 1);
+    EXPECT_TRUE(StoredInt(171, value));
+    EXPECT_EQ(value, 1);
+    EXPECT_TRUE(StoredInt(177, value));
+    EXPECT_EQ(value, 2);
+    EXPECT_TRUE(StoredInt(178, value));
+    EXPECT_EQ(value, 1);
+    EXPECT_TRUE(StoredText(173, text));
+    EXPECT_EQ(text, L"Printer.icc");
+    EXPECT_TRUE(StoredText(174, text));
+    EXPECT_EQ(text, L"Proof.icc");
+
+    manager.UpdateSettings(1.2, 1.4, 1.8);
+    double gamma = 0;
+    EXPECT_TRUE(StoredDouble(181, gamma));
+    EXPECT_EQ(gamma, 1.2);
+    EXPECT_TRUE(StoredDouble(180, gamma));
+    EXPECT_EQ(gamma, 1.4);
+    EXPECT_TRUE(StoredDouble(179, gamma));
+    EXPECT_EQ(gamma, 1.8);
+
+    // A fresh process starts from all of it.
+    int failures = InFreshProcess([](CColorManager& fresh) {
+        int bad = 0;
+        bad += fresh.GetMode() != VCM_MODE_PROFILES;
+        bad += fresh.GetEmbeddedMode() != 2;
+        bad += !Access::Proof(fresh);
+        bad += Access::Intent(fresh) != 2 || Access::ProofIntent(fresh) != 1;
+        bad += Access::WorkingSpace(fresh) != L"Working.icc";
+        bad += Access::CMYKProfile(fresh) != L"Press.icc";
+        bad += Access::MonitorProfile(fresh) != L"Screen.icc";
+        bad += Access::PrinterProfile(fresh) != L"Printer.icc";
+        bad += Access::ProofProfile(fresh) != L"Proof.icc";
+        bad += Access::Gamma(fresh, 0) != 1.2 || Access::Gamma(fresh, 1) != 1.4 || Access::Gamma(fresh, 2) != 1.8;
+        return bad;
+    });
+    EXPECT_EQ(failures, 0);
+}
+
+TEST_F(SettingsTest, EmptyNamesAreStoredBySettersButKeptByTheDialogCommit) {
+    CColorManager& manager = Manager();
+    CString empty;
+    manager.SetCMYKProfile(empty);
+    EXPECT_EQ(Access::CMYKProfile(manager), L"") << "present but empty";
+    std::wstring text = L"unchanged";
+    EXPECT_TRUE(StoredText(176, text));
+    EXPECT_EQ(text, L"");
+
+    CString monitor(L"Screen.icc");
+    manager.SetMonitorProfile(monitor);
+    wchar_t none[] = L"";
+    manager.UpdateSettings(true, false, none, none, none, 0, 3);
+    EXPECT_EQ(Access::MonitorProfile(manager), L"Screen.icc");
+}
+
+TEST_F(SettingsTest, CMYKProfileChangeDropsBothCMYKTransformsOnly) {
+    RecordPlatformCalls();
+    CColorManager& manager = Manager();
+    HTRANSFORM image = Access::ImageTransform(manager);
+    ASSERT_NE(image, nullptr);
+    // Stand-ins for the conversion code's cached transforms.
+    Access::CMYKToRGB(manager) = reinterpret_cast<HTRANSFORM>(0x1001);
+    Access::RGBToCMYK(manager) = reinterpret_cast<HTRANSFORM>(0x1002);
+    CallLog().clear();
+    CString cmyk(L"Other.icc");
+    manager.SetCMYKProfile(cmyk);
+    EXPECT_EQ(Access::CMYKToRGB(manager), nullptr);
+    EXPECT_EQ(Access::RGBToCMYK(manager), nullptr);
+    EXPECT_EQ(Access::ImageTransform(manager), image);
+    std::vector<RecordedCall> deleted = CallsNamed("DeleteColorTransform");
+    ASSERT_EQ(deleted.size(), 2u);
+    EXPECT_EQ(deleted[0].handles[0], reinterpret_cast<HTRANSFORM>(0x1002)) << "RGB to CMYK goes first";
+    EXPECT_EQ(deleted[1].handles[0], reinterpret_cast<HTRANSFORM>(0x1001));
+
+    // The working space waits for UpdateWithColorWS.
+    CString working(L"sRGB Color Space Profile.icm");
+    manager.SetColorWorkingSpace(working);
+    EXPECT_EQ(Access::ImageTransform(manager), image);
+    EXPECT_TRUE(manager.UpdateWithColorWS());
+    EXPECT_EQ(CallsNamed("CreateMultiProfileTransform").size(), 1u);
+}
+
+TEST_F(SettingsTest, GammaCommitChoosesTheModeAndBuildsTables) {
+    CColorManager& manager = Manager();
+    manager.SetMode(VCM_MODE_TABLES);
+    manager.UpdateSettings(1.0, 1.0, 1.0);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_OFF);
+    EXPECT_EQ(Access::GammaTable(manager, 0)[200], 0) << "no tables for a neutral gamma";
+
+    manager.UpdateSettings(1.0, 1.0, 1.0000001);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_TABLES);
+    EXPECT_EQ(Access::ImageTransform(manager), nullptr);
+    EXPECT_EQ(Access::GammaTable(manager, 0)[200], 200);
+    EXPECT_EQ(Access::GammaTable(manager, 2)[255], 255);
+
+    manager.UpdateSettings(2.2, 1.0, 0.5);
+    // 255 x (i / 255) ^ (1 / g), rounded half up.
+    EXPECT_EQ(Access::GammaTable(manager, 0)[64], 136);
+    EXPECT_EQ(Access::GammaTable(manager, 1)[64], 64);
+    EXPECT_EQ(Access::GammaTable(manager, 2)[64], 16);
+    EXPECT_EQ(Access::GammaTable(manager, 2)[0], 0);
+
+    // Mode 1 stays, and the tables are still built.
+    manager.SetMode(VCM_MODE_PROFILES);
+    manager.UpdateSettings(1.0, 1.0, 1.0);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_PROFILES);
+    EXPECT_EQ(Access::GammaTable(manager, 2)[64], 64);
+}
+
+TEST_F(SettingsTest, DialogCommitWithoutProfilesTurnsOffOrUsesTables) {
+    CColorManager& manager = Manager();
+    ASSERT_NE(Access::ImageTransform(manager), nullptr);
+    manager.UpdateSettings(1.0, 1.0, 1.0);  // neutral gammas, mode 1 kept
+    wchar_t none[] = L"";
+    manager.UpdateSettings(false, false, none, none, none, 1, 3);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_OFF);
+    EXPECT_EQ(Access::ImageTransform(manager), nullptr);
+
+    manager.UpdateSettings(1.8, 1.8, 1.8);
+    manager.UpdateSettings(false, false, none, none, none, 1, 3);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_TABLES);
+    EXPECT_EQ(Access::GammaTable(manager, 0)[128], 174);
+
+    manager.UpdateSettings(true, false, none, none, none, 1, 3);
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_PROFILES);
+    EXPECT_NE(Access::ImageTransform(manager), nullptr);
+}
+
+TEST_F(SettingsTest, IntentMappingAndQFXProfile) {
+    CColorManager& manager = Manager();
+    EXPECT_EQ(manager.GetLCSIntent(0u), static_cast<DWORD>(LCS_GM_IMAGES));
+    EXPECT_EQ(manager.GetLCSIntent(1u), static_cast<DWORD>(LCS_GM_GRAPHICS));
+    EXPECT_EQ(manager.GetLCSIntent(2u), static_cast<DWORD>(LCS_GM_BUSINESS));
+    EXPECT_EQ(manager.GetLCSIntent(3u), static_cast<DWORD>(LCS_GM_ABS_COLORIMETRIC));
+    EXPECT_EQ(manager.GetLCSIntent(7u), static_cast<DWORD>(LCS_GM_IMAGES));
+
+    BYTE bytes[] = {1, 2, 3, 4, 5};
+    int size = 5;
+    manager.SetQFXColorProfile(bytes, size);
+    bytes[0] = 9;
+    ASSERT_TRUE(manager.QFXColorProfile());
+    EXPECT_EQ(Access::QFXSize(manager), 5);
+    EXPECT_EQ(Access::QFX(manager)[0], 1) << "a copy is kept";
+    manager.ResetQFXColorProfile();
+    EXPECT_FALSE(manager.QFXColorProfile());
+    EXPECT_EQ(Access::QFXSize(manager), 0);
+
+    int impossible = -1;
+    try {
+        manager.SetQFXColorProfile(bytes, impossible);
+        FAIL() << "no exception";
+    } catch (const CVException& e) {
+        EXPECT_EQ(e.GetCode(), 102);
+    }
+}
+
+TEST_F(SettingsTest, ModeAndEmbeddedPolicyStartFromTheStore) {
+    StoreInt(169, 170, 2);
+    StoreInt(169, 182, 5);
+    CSingletonManager::Instance().DestroyAll();
+    RegisterSettingsStoreService();
+    CColorManager& manager = Manager();
+    EXPECT_EQ(manager.GetMode(), VCM_MODE_TABLES);
+    EXPECT_EQ(manager.GetEmbeddedMode(), 5);
+    EXPECT_EQ(Access::ImageTransform(manager), nullptr) << "table mode builds no display transform";
+}
+
+TEST_F(SettingsTest, WithoutAStoreOnlyTheWorkingSpaceIsSet) {
+    CSingletonManager::Instance().DestroyAll();  // no store registered
+    CColorManager* manager = new CColorManager();
+    manager->InitAppService(nullptr, nullptr);
+    EXPECT_EQ(Access::WorkingSpace(*manager), L"sRGB Color Space Profile.icm");
+    EXPECT_EQ(Access::CMYKProfile(*manager), L"<null>");
+    CString cmyk(L"Press.icc");
+    manager->SetCMYKProfile(cmyk);  // nothing to persist into, no failure
+    EXPECT_EQ(Access::CMYKProfile(*manager), L"Press.icc");
+    CColorManager::Delete(manager);
+}
