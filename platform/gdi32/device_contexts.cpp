@@ -28,6 +28,25 @@ HDC CreatePrinterContext(const printers::Printer& printer, const DEVMODEW* reque
 
 }  // namespace
 
+HDC tesk::display::CreateWindowContext(uintptr_t window) {
+    auto lock = gdi::Lock();
+    std::optional<RECT> rect = display::Current().WindowRect(window);
+    if (!rect) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return nullptr;
+    }
+    auto dc = std::make_shared<gdi::DeviceContext>();
+    dc->kind = gdi::DeviceKind::Display;
+    dc->window = window;
+    // A window belongs to the display showing most of it.
+    std::optional<size_t> adapter = display::AdapterShowing(*rect);
+    if (!adapter) adapter = display::FindAdapter(nullptr);
+    dc->adapter = adapter.value_or(0);
+    dc->windowSurface = std::make_shared<gdi::Bitmap>(std::max<LONG>(1, rect->right - rect->left),
+                                                      std::max<LONG>(1, rect->bottom - rect->top));
+    return gdi::AddDeviceContext(std::move(dc));
+}
+
 HDC WINAPI CreateDCW(LPCWSTR pwszDriver, LPCWSTR pwszDevice, LPCWSTR pszPort, const DEVMODEW* pdm) {
     (void)pszPort;
     auto lock = gdi::Lock();

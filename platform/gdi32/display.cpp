@@ -1,5 +1,6 @@
 #include "display.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cwctype>
 #include <mutex>
@@ -34,6 +35,20 @@ bool SameDeviceName(const std::wstring& a, const std::wstring& b) {
     for (size_t i = 0; i < a.size(); ++i)
         if (std::towupper(a[i]) != std::towupper(b[i])) return false;
     return true;
+}
+
+std::optional<size_t> AdapterShowing(const RECT& rect) {
+    std::vector<Adapter> adapters = Current().Adapters();
+    std::optional<size_t> best;
+    int64_t bestArea = 0;
+    for (size_t i = 0; i < adapters.size(); ++i) {
+        if (!adapters[i].attached) continue;
+        const RECT& b = adapters[i].bounds;
+        int64_t w = int64_t(std::min(rect.right, b.right)) - std::max(rect.left, b.left);
+        int64_t h = int64_t(std::min(rect.bottom, b.bottom)) - std::max(rect.top, b.top);
+        if (w > 0 && h > 0 && w * h > bestArea) best = i, bestArea = w * h;
+    }
+    return best;
 }
 
 std::optional<size_t> FindAdapter(const wchar_t* name) {

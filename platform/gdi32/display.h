@@ -50,11 +50,19 @@ public:
     // Makes the profile file at `nativePath` the display's profile; false
     // with last error set when it cannot.
     virtual bool SetProfile(size_t adapter, const std::string& nativePath) = 0;
-    // Shows `rect` of a frame buffer drawn for the adapter (0x00RRGGBB
-    // pixels, `width` a row, origin at the adapter's top left) on the screen.
-    // The virtual display is its frame buffer, so it has nothing to do.
-    virtual void Present(size_t adapter, const uint32_t* pixels, int width, const RECT& rect) {
-        (void)adapter, (void)pixels, (void)width, (void)rect;
+    // Shows `rect` of a frame buffer (0x00RRGGBB pixels, `width` a row) on
+    // the screen: drawn for the adapter (origin at its top left), or for
+    // `window` when that is not 0. The virtual display is its frame buffer,
+    // so it has nothing to do.
+    virtual void Present(size_t adapter, uintptr_t window, const uint32_t* pixels, int width, const RECT& rect) {
+        (void)adapter, (void)window, (void)pixels, (void)width, (void)rect;
+    }
+    // Where `window` (a window of the display system, as an HWND carries it)
+    // lies on the desktop; nullopt when it is not one. The virtual display
+    // has no windows.
+    virtual std::optional<RECT> WindowRect(uintptr_t window) {
+        (void)window;
+        return std::nullopt;
     }
     virtual const char* Kind() const = 0;
 };
@@ -67,6 +75,12 @@ TESK_GDI_INTERNAL void Reset();
 // Index of the adapter named `name` ("DISPLAY" and null are the primary one);
 // nullopt for an unknown name.
 TESK_GDI_INTERNAL std::optional<size_t> FindAdapter(const wchar_t* name);
+
+// The adapter showing most of `rect`; nullopt when none shows any of it.
+TESK_GDI_INTERNAL std::optional<size_t> AdapterShowing(const RECT& rect);
+
+// A device context drawing into a window of the display system (GetDC).
+TESK_GDI_INTERNAL HDC CreateWindowContext(uintptr_t window);
 
 // Case-insensitive comparison of device names.
 TESK_GDI_INTERNAL bool SameDeviceName(const std::wstring& a, const std::wstring& b);

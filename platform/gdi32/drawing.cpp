@@ -32,7 +32,7 @@ void Present(const gdi::DeviceContext& dc, const gdi::Bitmap& surface, int64_t l
     RECT rect{LONG(std::clamp<int64_t>(left, 0, surface.width)), LONG(std::clamp<int64_t>(top, 0, surface.height)),
               LONG(std::clamp<int64_t>(right, 0, surface.width)), LONG(std::clamp<int64_t>(bottom, 0, surface.height))};
     if (rect.left < rect.right && rect.top < rect.bottom)
-        display::Current().Present(dc.adapter, surface.pixels.data(), surface.width, rect);
+        display::Current().Present(dc.adapter, dc.window, surface.pixels.data(), surface.width, rect);
 }
 
 bool IsSupportedRop(DWORD rop) { return rop == SRCCOPY || rop == BLACKNESS || rop == WHITENESS; }

@@ -70,6 +70,7 @@ Bitmap* Surface(HDC hdc, DeviceContext& dc) {
     case DeviceKind::Printer:
         return dc.inPage ? dc.pageSurface.get() : nullptr;
     case DeviceKind::Display: {
+        if (dc.window) return dc.windowSurface.get();
         auto& surface = TheTable().displaySurfaces[dc.adapter];
         if (!surface) {
             std::vector<display::Adapter> adapters = display::Current().Adapters();

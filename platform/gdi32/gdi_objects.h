@@ -35,6 +35,8 @@ class PdfWriter;
 struct DeviceContext {
     DeviceKind kind = DeviceKind::Display;
     size_t adapter = 0;                 // display and memory DCs: the display they belong to
+    uintptr_t window = 0;               // a window's DC: the window it draws into
+    std::shared_ptr<Bitmap> windowSurface;
     int icmMode = ICM_OFF;
     std::optional<std::string> profile; // Linux path chosen with SetICMProfileW (memory and printer DCs)
     std::shared_ptr<ColorMatcher> matcher;  // made when ICM first matches a drawing

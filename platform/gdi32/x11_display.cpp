@@ -141,12 +141,14 @@ public:
         return ok;
     }
 
-    void Present(size_t adapter, const uint32_t* pixels, int width, const RECT& rect) override {
+    void Present(size_t adapter, uintptr_t window, const uint32_t* pixels, int width, const RECT& rect) override {
         std::lock_guard lock(mutex_);
         std::vector<Output> outputs = Outputs();
         Visual* visual = DefaultVisual(display_, DefaultScreen(display_));
+        Window target = window ? Window(window) : root_;
         // Frame buffer pixels are handed over as they are only to a 24-bit true-colour screen.
-        if (adapter >= outputs.size() || outputs[adapter].crtc == None || DefaultDepth(display_, DefaultScreen(display_)) != 24 ||
+        if ((!window && (adapter >= outputs.size() || outputs[adapter].crtc == None)) ||
+            DefaultDepth(display_, DefaultScreen(display_)) != 24 ||
             visual->red_mask != 0xFF0000 || visual->green_mask != 0x00FF00 || visual->blue_mask != 0x0000FF)
             return;
         int w = rect.right - rect.left, h = rect.bottom - rect.top;
@@ -158,13 +160,31 @@ public:
         XImage* image = XCreateImage(display_, visual, 24, ZPixmap, 0, reinterpret_cast<char*>(block.data()),
                                      unsigned(w), unsigned(h), 32, w * 4);
         if (!image) return;
-        GC gc = XCreateGC(display_, root_, 0, nullptr);
-        const RECT& origin = outputs[adapter].bounds;
-        XPutImage(display_, root_, gc, image, 0, 0, origin.left + rect.left, origin.top + rect.top, unsigned(w), unsigned(h));
-        XFreeGC(display_, gc);
+        RECT origin = window ? RECT{} : outputs[adapter].bounds;
+        // The window may have gone since its DC was made.
+        Checked([&] {
+            GC gc = XCreateGC(display_, target, 0, nullptr);
+            XPutImage(display_, target, gc, image, 0, 0, origin.left + rect.left, origin.top + rect.top, unsigned(w),
+                      unsigned(h));
+            XFreeGC(display_, gc);
+        });
         image->data = nullptr;  // the block is ours
         XDestroyImage(image);
         XFlush(display_);
+    }
+
+    std::optional<RECT> WindowRect(uintptr_t window) override {
+        std::lock_guard lock(mutex_);
+        if (window == 0 || window > 0xFFFFFFFFu) return std::nullopt;  // XIDs are 29-bit numbers
+        XWindowAttributes attributes{};
+        int x = 0, y = 0;
+        Window child = None;
+        bool ok = Checked([&] {
+            if (XGetWindowAttributes(display_, Window(window), &attributes))
+                XTranslateCoordinates(display_, Window(window), root_, 0, 0, &x, &y, &child);
+        });
+        if (!ok || attributes.width <= 0) return std::nullopt;
+        return RECT{x, y, x + attributes.width, y + attributes.height};
     }
 
     const char* Kind() const override { return "x11"; }

@@ -20,8 +20,9 @@ constexpr DWORD kWindowsDisplayDeviceSize = kWindowsDeviceIdEnd + 128 * 2;  // 8
 constexpr DWORD kWindowsMonitorInfoSize = 40;
 constexpr DWORD kWindowsMonitorInfoExSize = 40 + 32 * 2;  // 104
 
-// The desktop window stands for the whole screen; no other window exists
-// without a window system.
+// The desktop window stands for the whole screen. Other windows are the
+// display system's (under X11 an HWND carries the X window's id); the
+// virtual display has none.
 const HWND kDesktopWindow = reinterpret_cast<HWND>(uintptr_t(0x10010));
 // Monitors are numbered by their adapter's position.
 constexpr uintptr_t kFirstMonitorHandle = 0x4D0001;
@@ -81,7 +82,10 @@ HMONITOR WINAPI MonitorFromWindow(HWND hwnd, DWORD dwFlags) {
     std::optional<size_t> primary = display::FindAdapter(nullptr);
     if (!primary) return nullptr;
     if (hwnd == kDesktopWindow) return MonitorHandle(*primary);
-    // Any other window is unknown here: the flags decide.
+    if (hwnd)
+        if (std::optional<RECT> rect = display::Current().WindowRect(reinterpret_cast<uintptr_t>(hwnd)))
+            if (std::optional<size_t> adapter = display::AdapterShowing(*rect)) return MonitorHandle(*adapter);
+    // An unknown window, or one on no monitor: the flags decide.
     if (dwFlags == MONITOR_DEFAULTTOPRIMARY || dwFlags == MONITOR_DEFAULTTONEAREST) return MonitorHandle(*primary);
     return nullptr;
 }
@@ -107,11 +111,13 @@ BOOL WINAPI GetMonitorInfoW(HMONITOR hMonitor, LPMONITORINFO lpmi) {
 }
 
 HDC WINAPI GetDC(HWND hWnd) {
-    if (hWnd && hWnd != kDesktopWindow) {
-        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-        return nullptr;
+    HDC dc = nullptr;
+    if (!hWnd || hWnd == kDesktopWindow) {
+        dc = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
+    } else {
+        dc = display::CreateWindowContext(reinterpret_cast<uintptr_t>(hWnd));
+        if (!dc) SetLastError(ERROR_INVALID_WINDOW_HANDLE);
     }
-    HDC dc = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
     if (dc) {
         std::lock_guard lock(g_mutex);
         g_windowDcs.insert(dc);

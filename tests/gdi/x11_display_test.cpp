@@ -1,5 +1,6 @@
 // The X11 displays under an Xvfb server started by the test.
 #include <icm.h>
+#include <lcms2.h>
 #include <tesk/path.h>
 #include <windows.h>
 
@@ -159,6 +160,60 @@ TEST_F(X11DisplayTest, DrawingOnTheScreensContextReachesTheXServer) {
     EXPECT_EQ(XGetPixel(shot, 9, 9) & 0xFFFFFF, 0xC82850u);
     EXPECT_EQ(XGetPixel(shot, 10, 0) & 0xFFFFFF, 0x102030u);
     XDestroyImage(shot);
+}
+
+TEST_F(X11DisplayTest, AWindowsContextDrawsIntoTheWindowMatchedToTheDisplayProfile) {
+    Window window = XCreateSimpleWindow(x_, DefaultRootWindow(x_), 300, 200, 64, 32, 0, 0, 0);
+    XMapWindow(x_, window);
+    XSync(x_, False);
+    HWND hwnd = reinterpret_cast<HWND>(uintptr_t(window));
+
+    HMONITOR monitor = MonitorFromWindow(hwnd, MONITOR_DEFAULTTONULL);
+    ASSERT_NE(monitor, nullptr);
+    MONITORINFOEXW info{};
+    info.cbSize = sizeof info;
+    ASSERT_TRUE(GetMonitorInfoW(monitor, reinterpret_cast<LPMONITORINFO>(&info)));
+    EXPECT_EQ(std::wstring(info.szDevice), L"\\\\.\\DISPLAY1");
+
+    // The display's profile, then a colour-managed drawing into the window.
+    std::string wide = env_.Root() + "/wide.icc";
+    WriteRgbProfile(wide, true);
+    HDC screen = CreateDCW(info.szDevice, nullptr, nullptr, nullptr);
+    std::wstring name = Wide(wide);
+    ASSERT_TRUE(SetICMProfileW(screen, name.data()));
+    DeleteDC(screen);
+
+    HDC dc = GetDC(hwnd);
+    ASSERT_NE(dc, nullptr);
+    EXPECT_TRUE(SetICMMode(dc, ICM_ON));
+    BITMAPINFO bitmap{};
+    bitmap.bmiHeader = {sizeof(BITMAPINFOHEADER), 1, -1, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    uint32_t pixel = 0x00C82850;
+    ASSERT_NE(StretchDIBits(dc, 0, 0, 64, 32, 0, 0, 1, 1, &pixel, &bitmap, DIB_RGB_COLORS, SRCCOPY), 0);
+    EXPECT_EQ(ReleaseDC(hwnd, dc), 1);
+
+    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    cmsHPROFILE target = cmsOpenProfileFromFile(wide.c_str(), "r");
+    cmsHTRANSFORM transform = cmsCreateTransform(srgb, TYPE_RGB_8, target, TYPE_RGB_8, INTENT_PERCEPTUAL, 0);
+    uint8_t in[3] = {0xC8, 0x28, 0x50}, out[3] = {};
+    cmsDoTransform(transform, in, out, 1);
+    cmsDeleteTransform(transform);
+    cmsCloseProfile(target);
+    cmsCloseProfile(srgb);
+
+    XImage* shot = XGetImage(x_, window, 0, 0, 64, 32, AllPlanes, ZPixmap);
+    ASSERT_NE(shot, nullptr);
+    unsigned long expected = (unsigned long)(out[0]) << 16 | (unsigned long)(out[1]) << 8 | out[2];
+    EXPECT_EQ(XGetPixel(shot, 5, 5) & 0xFFFFFF, expected);
+    EXPECT_EQ(XGetPixel(shot, 63, 31) & 0xFFFFFF, expected);
+    EXPECT_NE(expected, 0xC82850u);
+    XDestroyImage(shot);
+
+    XDestroyWindow(x_, window);
+    XSync(x_, False);
+    EXPECT_EQ(GetDC(hwnd), nullptr);  // gone
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_WINDOW_HANDLE));
+    EXPECT_EQ(MonitorFromWindow(hwnd, MONITOR_DEFAULTTONULL), nullptr);
 }
 
 TEST(GammaResampleTest, RampsSurviveAWayToAnotherSizeAndBack) {
