@@ -105,7 +105,8 @@ bool CDibIterator::SetPalette(const RGBQUAD* entries, int count) {
 }
 
 void CDibIterator::UpdateHeader() {
-    const int entries = std::max(m_palette.GetCount(), 1);
+    // A colour count of 0 tells GDI to read a full table: room for one is always there.
+    const int entries = std::max({m_palette.GetCount(), CVPixelFormat::GetPaletteSize(m_eFormat), 1});
     m_header.assign(sizeof(BITMAPINFOHEADER) + sizeof(RGBQUAD) * size_t(entries), 0);
     BITMAPINFOHEADER header{};
     header.biSize = sizeof(BITMAPINFOHEADER);

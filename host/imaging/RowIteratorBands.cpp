@@ -131,7 +131,9 @@ bool CRowIteratorBands::DrawImage(const CRowIterator& image, HDC hdc, const RECT
     CVPalette palette;
     if (format == VPF_GREY_8) palette.CreateGreyscale();
     else if (CVPixelFormat::IsIndexed(format) && image.GetPalette()) palette = *image.GetPalette();
-    std::vector<BYTE> header(sizeof(BITMAPINFOHEADER) + sizeof(RGBQUAD) * size_t(std::max(palette.GetCount(), 1)));
+    // A colour count of 0 tells GDI to read a full table: room for one is always there.
+    const int tableSize = std::max({palette.GetCount(), CVPixelFormat::GetPaletteSize(format), 1});
+    std::vector<BYTE> header(sizeof(BITMAPINFOHEADER) + sizeof(RGBQUAD) * size_t(tableSize));
     auto* info = reinterpret_cast<BITMAPINFO*>(header.data());
     info->bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
     info->bmiHeader.biWidth = width;

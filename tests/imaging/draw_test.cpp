@@ -57,19 +57,6 @@ TEST_F(DrawImage, GreyImageGoesAsTopDownDibWithGreyColours) {
     EXPECT_EQ(c.rop, SRCCOPY);
 }
 
-TEST_F(DrawImage, BottomUpImageCountsSourceRowsFromTheBottom) {
-    const int stride = 12;  // 4 RGB pixels, already DIB-padded
-    std::vector<BYTE> memory(size_t(stride) * 5);
-    CRowIterator image;
-    ASSERT_TRUE(image.Attach(memory.data() + 4 * stride, 4, 5, VPF_RGB_8, -stride));
-    image.GetRow(4)[0] = 7;  // the last row is the first in memory
-    ASSERT_TRUE(CRowIteratorBands::DrawImage(image, nullptr, RECT{0, 0, 2, 2}, RECT{1, 1, 3, 3}, SRCCOPY));
-    ASSERT_EQ(g_calls.size(), 1u);
-    EXPECT_EQ(g_calls[0].height, 5);
-    EXPECT_EQ(g_calls[0].firstPixelByte, 7);
-    EXPECT_EQ(g_calls[0].ySrc, 2);  // rows 1..2 from the top are rows 2..3 from the bottom
-}
-
 TEST_F(DrawImage, UnpaddedRowsAreCopiedAndSixteenBitsRefused) {
     std::vector<BYTE> memory(9 * 2);
     CRowIterator image;
@@ -108,6 +95,33 @@ TEST(DrawImageOnDevice, BottomUpSourceRectangleLandsUpright) {
     EXPECT_EQ(GetPixel(memory, 0, 0), RGB(7, 100, 100));
     EXPECT_EQ(GetPixel(memory, 1, 1), RGB(7, 200, 200));
     EXPECT_EQ(GetPixel(memory, 1, 0), RGB(7, 100, 200));
+    SelectObject(memory, old);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    DeleteDC(screen);
+}
+
+TEST(DrawImageOnDevice, IndexedImagesDrawThroughTheirColourTable) {
+    HDC screen = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
+    ASSERT_NE(screen, nullptr);
+    HDC memory = CreateCompatibleDC(screen);
+    HBITMAP bitmap = CreateCompatibleBitmap(screen, 2, 1);
+    HGDIOBJ old = SelectObject(memory, bitmap);
+
+    const RGBQUAD entries[2] = {{0, 0, 0, 0}, {30, 20, 10, 0}};
+    const CVPalette two(entries, 2);
+    CRowIterator image;
+    ASSERT_TRUE(CRowIteratorBands::Create(image, 2, 1, VPF_INDEXED_8, &two));
+    image.GetRow(0)[1] = 1;
+    ASSERT_TRUE(CRowIteratorBands::DrawImage(image, memory, RECT{0, 0, 2, 1}, RECT{0, 0, 2, 1}, SRCCOPY));
+    EXPECT_EQ(GetPixel(memory, 1, 0), RGB(10, 20, 30));
+
+    // Without a palette GDI reads a full table of 16: all black, and no read past it.
+    ASSERT_TRUE(CRowIteratorBands::Create(image, 2, 1, VPF_INDEXED_4));
+    image.GetRow(0)[0] = 0xFF;
+    ASSERT_TRUE(CRowIteratorBands::DrawImage(image, memory, RECT{0, 0, 2, 1}, RECT{0, 0, 2, 1}, SRCCOPY));
+    EXPECT_EQ(GetPixel(memory, 1, 0), RGB(0, 0, 0));
+
     SelectObject(memory, old);
     DeleteObject(bitmap);
     DeleteDC(memory);
