@@ -6,8 +6,8 @@
 
 // Receives progress; the host's display (a progress bar, a status line).
 struct IVProgressSink {
-    // `position` of `range` steps done. Called when the reported fraction moves
-    // by at least 1/1000, and when the position reaches the range.
+    // `position` of `range` steps done. Called when the position enters another
+    // thousandth of the range (so the end, too, is always reported).
     virtual void OnProgress(long long position, long long range) = 0;
 
 protected:
