@@ -30,8 +30,10 @@ struct STileLayout {
 
 class VIMAGING_API CRowIteratorBands {
 public:
-    static constexpr int kDefaultTileWidth = 2048;
-    static constexpr int kDefaultTileHeight = 256;
+    // Millions of pixels a tile: enough for the platform's bitmap translation to
+    // share one tile among threads, small enough to stay within a photo's rows.
+    static constexpr int kDefaultTileWidth = 4096;
+    static constexpr int kDefaultTileHeight = 1024;
 
     static bool Create(CRowIterator& image, int width, int height, EVPixelFormat format,
                        const CVPalette* palette = nullptr, const CColorRef* background = nullptr,
