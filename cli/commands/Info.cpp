@@ -124,12 +124,14 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     out["colorimetry"] = colorimetry;
 
     Json classification = Json::object();
-    void* handle = reader.GetProfile();
-    classification["logical_colour_space"] = reader.GetLCSCSType(handle) == 0x73524742 ? "sRGB" : "calibrated RGB";
     SColorSpecRGB spec{};
-    if (header && header->dataColorSpace == 0x52474220 && reader.BuildColorSpecRGB(spec)) {
-        classification["srgb_curve"] = spec.m_bsRGB != 0;
-        classification["gamma"] = spec.m_dGamma;
+    if (header && header->dataColorSpace == 0x52474220) {
+        void* handle = reader.GetProfile();
+        classification["logical_colour_space"] = reader.GetLCSCSType(handle) == 0x73524742 ? "sRGB" : "calibrated RGB";
+        if (reader.BuildColorSpecRGB(spec)) {
+            classification["srgb_curve"] = spec.m_bsRGB != 0;
+            classification["gamma"] = spec.m_dGamma;
+        }
     }
     std::unique_ptr<COutputFile> scratch;
     CString path(tesk::path::ToWindows(FileForProfile(profile, scratch)));
@@ -145,6 +147,7 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
 void PrintText(const Json& j, const std::string& indent = "") {
     for (auto it = j.begin(); it != j.end(); ++it) {
         if (it->is_object()) {
+            if (it->empty()) continue;
             std::printf("%s%s:\n", indent.c_str(), it.key().c_str());
             PrintText(*it, indent + "  ");
             continue;

@@ -1,0 +1,229 @@
+// The program's results: profile reports, separations against lcms2's own
+// tificc, the separate/combine round trip, and the demo.
+#include <gtest/gtest.h>
+#include <lcms2.h>
+
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "cli/imageio/ImageFile.h"
+#include "cli_runner.h"
+#include "image_fixtures.h"
+#include "support/temp_env.h"
+
+namespace teskcolor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Profile(const char* name) { return tesk::test::DataPath(std::string("ColorProfile/") + name); }
+
+class CliConversion : public tesk::test::IsolatedTest {
+protected:
+    std::string Path(const std::string& name) const { return env_.Root() + "/" + name; }
+    void Run(const std::vector<std::string>& args) {
+        const SRun run = RunTeskcolor(args);
+        ASSERT_EQ(run.code, 0) << args[0] << ": " << run.err;
+    }
+};
+
+TEST_F(CliConversion, InfoJsonOnTheSharedCMYKProfiles) {
+    for (const char* name : {"ISO Coated (FOGRA39).icc", "SWOP Coated (TR003).icc"}) {
+        const SRun run = RunTeskcolor({"info", "--json", Profile(name)});
+        ASSERT_EQ(run.code, 0) << run.err;
+        const auto info = nlohmann::json::parse(run.out);
+        EXPECT_EQ(info["verdict"], "valid");
+        EXPECT_EQ(info["header"]["class"], "prtr");
+        EXPECT_EQ(info["header"]["colour_space"], "CMYK");
+        EXPECT_EQ(info["header"]["connection_space"], "Lab ");
+        EXPECT_EQ(info["header"]["size"], fs::file_size(Profile(name)));
+        EXPECT_NE(info["description"].get<std::string>().find(std::string(name).substr(0, 4)), std::string::npos);
+        EXPECT_FALSE(info["copyright"].get<std::string>().empty());
+        EXPECT_EQ(info["classification"]["cmyk_printer"], true);
+        EXPECT_EQ(info["classification"]["working_space"], false);
+        // Paper white: a little darker and yellower than the D50 illuminant.
+        const auto white = info["colorimetry"]["white_point"];
+        EXPECT_GT(white[1].get<double>(), 0.7);
+        EXPECT_LE(white[1].get<double>(), 1.0);
+    }
+    // The SWOP profile is the default CMYK profile here; the FOGRA one is not.
+    const auto swop = nlohmann::json::parse(RunTeskcolor({"info", "--json", Profile("SWOP Coated (TR003).icc")}).out);
+    EXPECT_EQ(swop["classification"]["same_as_cmyk_profile"], true);
+}
+
+TEST_F(CliConversion, InfoReportsAnImagesEmbeddedProfileAndRefusesGarbage) {
+    SImage image = SmoothImage(8, 8, VPF_RGB_8);
+    image.iccProfile = SrgbProfileBytes();
+    WriteImage(Path("tagged.png"), image);
+    const auto info = nlohmann::json::parse(RunTeskcolor({"info", "--json", Path("tagged.png")}).out);
+    EXPECT_EQ(info["header"]["colour_space"], "RGB ");
+    EXPECT_EQ(info["curves"]["rTRC"]["type"], "para");
+    EXPECT_EQ(info["curves"]["rTRC"]["function_type"], 3);
+    // A monitor-class profile counts as a working space only with single-gamma curves.
+    EXPECT_EQ(info["classification"]["working_space"], false);
+
+    std::vector<uint8_t> garbage = SrgbProfileBytes();
+    for (size_t i = 36; i < 40; ++i) garbage[i] = 'x';  // no signature byte left
+    tesk::test::WriteBytes(Path("bad.icc"), garbage);
+    const SRun run = RunTeskcolor({"info", "--json", Path("bad.icc")});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_EQ(nlohmann::json::parse(run.out)["verdict"], "refused");
+}
+
+TEST_F(CliConversion, MadeProfileReadsBackWithItsGamma) {
+    Run({"make-profile", "--gamma", "1.8", "--primaries", "adobe", "--description", "Test display", Path("d.icc")});
+    const auto info = nlohmann::json::parse(RunTeskcolor({"info", "--json", Path("d.icc")}).out);
+    EXPECT_EQ(info["verdict"], "valid");
+    EXPECT_EQ(info["description"], "Test display");
+    EXPECT_EQ(info["header"]["class"], "mntr");
+    EXPECT_NEAR(info["curves"]["gTRC"]["gamma"].get<double>(), 1.8, 1.0 / 256);
+    EXPECT_NEAR(info["colorimetry"]["rXYZ"][0].get<double>(), 0.6097, 1e-4);
+    EXPECT_EQ(info["classification"]["working_space"], true);
+    // lcms2 reads it as the same colour space.
+    cmsHPROFILE profile = cmsOpenProfileFromFile(Path("d.icc").c_str(), "r");
+    ASSERT_NE(profile, nullptr);
+    const cmsToneCurve* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile, cmsSigGreenTRCTag));
+    ASSERT_NE(curve, nullptr);
+    EXPECT_NEAR(cmsEstimateGamma(curve, 0.01), 1.8, 0.01);
+    cmsCloseProfile(profile);
+}
+
+// RGB colours a press can print: CMYK ink mixes seen through the profile.
+SImage InGamutImage(const std::string& cmykProfile) {
+    cmsHPROFILE cmyk = cmsOpenProfileFromFile(cmykProfile.c_str(), "r");
+    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    cmsHTRANSFORM toRgb = cmsCreateTransform(cmyk, TYPE_CMYK_8, srgb, TYPE_BGR_8, INTENT_RELATIVE_COLORIMETRIC, 0);
+    SImage image;
+    image.pixels.Create(6 * 6 * 6, 3, VPF_RGB_8);
+    for (int row = 0; row < 3; ++row) {
+        for (int i = 0; i < 216; ++i) {
+            const uint8_t ink[4] = {uint8_t(i % 6 * 30), uint8_t(i / 6 % 6 * 30), uint8_t(i / 36 * 30), uint8_t(row * 40)};
+            cmsDoTransform(toRgb, ink, image.pixels.GetRow(row) + i * 3, 1);
+        }
+    }
+    cmsDeleteTransform(toRgb);
+    cmsCloseProfile(cmyk);
+    cmsCloseProfile(srgb);
+    image.iccProfile = SrgbProfileBytes();
+    return image;
+}
+
+// CIEDE2000 between two 8-bit sRGB images, worst and mean.
+std::pair<double, double> DeltaE2000(const CRowIterator& a, const CRowIterator& b) {
+    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    cmsHPROFILE lab = cmsCreateLab4Profile(nullptr);
+    cmsHTRANSFORM toLab = cmsCreateTransform(srgb, TYPE_BGR_8, lab, TYPE_Lab_DBL, INTENT_RELATIVE_COLORIMETRIC, 0);
+    double worst = 0, sum = 0;
+    size_t count = 0;
+    for (int y = 0; y < a.GetHeight(); ++y) {
+        for (int x = 0; x < a.GetWidth(); ++x) {
+            cmsCIELab la, lb;
+            cmsDoTransform(toLab, a.GetRow(y) + x * 3, &la, 1);
+            cmsDoTransform(toLab, b.GetRow(y) + x * 3, &lb, 1);
+            const double d = cmsCIE2000DeltaE(&la, &lb, 1, 1, 1);
+            worst = std::max(worst, d);
+            sum += d;
+            ++count;
+        }
+    }
+    cmsDeleteTransform(toLab);
+    cmsCloseProfile(srgb);
+    cmsCloseProfile(lab);
+    return {worst, sum / double(count)};
+}
+
+TEST_F(CliConversion, SeparateThenCombineGivesInGamutColoursBack) {
+    for (const char* name : {"SWOP Coated (TR003).icc", "ISO Coated (FOGRA39).icc"}) {
+        const std::string profile = Profile(name);
+        WriteImage(Path("in.tif"), InGamutImage(profile));
+        Run({"separate", "--invert", "--cmyk", profile, Path("in.tif"), Path("plates.tif")});
+        Run({"combine", "--cmyk", profile, Path("plates.tif"), Path("back.tif")});
+        const SImage input = ReadImage(Path("in.tif"));
+        const SImage back = ReadImage(Path("back.tif"));
+        ASSERT_EQ(back.pixels.GetPixelFormat(), VPF_RGB_8);
+        EXPECT_FALSE(back.iccProfile.empty());
+        const auto [worst, mean] = DeltaE2000(input.pixels, back.pixels);
+        EXPECT_LT(mean, 1.0) << name;
+        EXPECT_LT(worst, 5.0) << name;
+        std::printf("%s: CIEDE2000 mean %.2f, worst %.2f\n", name, mean, worst);
+    }
+}
+
+TEST_F(CliConversion, PlatesAreComplementsAndSixteenBitPlatesAreTimes257) {
+    Run({"chart", "--width", "120", "--height", "80", Path("chart8.tif")});
+    // The same pixels at 16 bits (x 257): the separation works on their high byte.
+    const SImage chart8 = ReadImage(Path("chart8.tif"));
+    SImage chart16;
+    chart16.iccProfile = chart8.iccProfile;
+    ASSERT_TRUE(chart16.pixels.Create(120, 80, VPF_RGB_16));
+    ASSERT_TRUE(RowIterator::CopyRect(chart16.pixels, chart8.pixels));
+    WriteImage(Path("chart16.tif"), chart16);
+
+    Run({"separate", Path("chart8.tif"), Path("ink.png")});
+    Run({"separate", "--invert", Path("chart8.tif"), Path("inv.png")});
+    Run({"separate", "--invert", Path("chart16.tif"), Path("inv16.tif")});
+    for (const char* ink : {"cyan", "magenta", "yellow", "black"}) {
+        const SImage amounts = ReadImage(Path(std::string("ink-") + ink + ".png"));
+        const SImage inverted = ReadImage(Path(std::string("inv-") + ink + ".png"));
+        const SImage wide = ReadImage(Path(std::string("inv16-") + ink + ".tif"));
+        ASSERT_EQ(amounts.pixels.GetPixelFormat(), VPF_GREY_8);
+        ASSERT_EQ(wide.pixels.GetPixelFormat(), VPF_GREY_16);
+        int inked = 0;
+        for (int y = 0; y < 80; ++y) {
+            for (int x = 0; x < 120; ++x) {
+                const uint8_t v = amounts.pixels.GetRow(y)[x];
+                inked += v > 0;
+                ASSERT_EQ(inverted.pixels.GetRow(y)[x], uint8_t(255 - v)) << ink << " " << x << "," << y;
+                uint16_t w;
+                std::memcpy(&w, wide.pixels.GetRow(y) + 2 * x, 2);
+                ASSERT_EQ(w, uint16_t(257 * inverted.pixels.GetRow(y)[x])) << ink << " " << x << "," << y;
+            }
+        }
+        EXPECT_GT(inked, 120 * 80 / 4) << ink;  // every ink is used by the chart
+    }
+}
+
+TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
+    const std::string tificc = FindTool("tificc");
+    if (tificc.empty()) GTEST_SKIP() << "tificc (liblcms2-utils) is not installed";
+    const std::string profile = Profile("ISO Coated (FOGRA39).icc");
+    Run({"chart", "--width", "300", "--height", "200", Path("chart.tif")});
+    Run({"separate", "--packed", "--cmyk", profile, Path("chart.tif"), Path("packed.tif")});
+    // The working space the chart is in, as the module wrote it.
+    const std::string working = env_.ColorDir() + "/sRGB Color Space Profile.icm";
+    ASSERT_TRUE(fs::exists(working));
+    // -c2: the high-resolution precalculated transform that the platform's BEST_MODE asks for.
+    const std::string command = "'" + tificc + "' -t0 -c2 '-i" + working + "' '-o" + profile + "' '" + Path("chart.tif") +
+                                "' '" + Path("reference.tif") + "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const SImage ours = ReadImage(Path("packed.tif"));
+    const SImage reference = ReadImage(Path("reference.tif"));
+    ASSERT_TRUE(ours.cmyk && reference.cmyk);
+    EXPECT_EQ(ours.iccProfile, tesk::test::ReadBytes(profile));
+    EXPECT_LE(MaxSampleDifference(ours.pixels, reference.pixels), 1);
+    EXPECT_GE(MaxSampleDifference(ours.pixels, reference.pixels), 0);
+}
+
+TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
+    const SRun run = RunTeskcolor({"demo", Path("demo")});
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_NE(run.out.find(Path("demo")), std::string::npos);
+    for (const char* name : {"chart.tif", "chart-cyan.tif", "chart-magenta.tif", "chart-yellow.tif",
+                             "chart-black.tif", "chart-cmyk.tif", "recombined.tif", "proof.tif"}) {
+        ASSERT_TRUE(fs::exists(Path("demo/") + name)) << name;
+        const bool plate = std::string(name).find("-") != std::string::npos && std::string(name) != "chart-cmyk.tif";
+        EXPECT_EQ(ReadImage(Path("demo/") + name).iccProfile.empty(), plate) << name;
+    }
+    // The proof through the press profile differs from the plain recombination (it is proofed).
+    const SImage recombined = ReadImage(Path("demo/recombined.tif"));
+    const SImage proof = ReadImage(Path("demo/proof.tif"));
+    EXPECT_GT(MaxSampleDifference(recombined.pixels, proof.pixels), 0);
+    size_t files = 0;
+    for (const auto& entry : fs::directory_iterator(Path("demo"))) files += entry.is_regular_file();
+    EXPECT_EQ(files, 8u);  // no temporaries left
+}
+
+}  // namespace
+}  // namespace teskcolor::test

@@ -1,0 +1,131 @@
+// The program's contract with scripts: help on every command, one-line
+// errors with distinct exit codes, and no output left behind by a failure.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "cli/imageio/ImageFile.h"
+#include "cli_runner.h"
+#include "image_fixtures.h"
+#include "support/temp_env.h"
+
+namespace teskcolor::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kFogra = tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc");
+
+class CliErrors : public tesk::test::IsolatedTest {
+protected:
+    std::string Path(const std::string& name) const { return env_.Root() + "/" + name; }
+    size_t FilesIn(const std::string& folder) const {
+        size_t count = 0;
+        for (const auto& entry : fs::directory_iterator(folder)) count += entry.is_regular_file();
+        return count;
+    }
+    // Exactly one line, starting with the program's name.
+    static void ExpectOneLine(const SRun& run) {
+        EXPECT_EQ(run.err.rfind("teskcolor: ", 0), 0u) << run.err;
+        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    }
+};
+
+TEST_F(CliErrors, EveryCommandHasHelp) {
+    for (const char* command : {"info", "convert", "separate", "combine", "proof", "profiles", "settings",
+                                "make-profile", "chart", "demo"}) {
+        const SRun run = RunTeskcolor({command, "--help"});
+        EXPECT_EQ(run.code, 0) << command;
+        EXPECT_NE(run.out.find(std::string("usage: teskcolor ") + command), std::string::npos) << command;
+    }
+    EXPECT_EQ(RunTeskcolor({"--help"}).code, 0);
+    EXPECT_EQ(RunTeskcolor({}).code, 2);
+}
+
+TEST_F(CliErrors, BadArgumentsAreUsageErrors) {
+    SRun run = RunTeskcolor({"separate", "--bogus", "a.tif", "b.tif"});
+    EXPECT_EQ(run.code, 2);
+    ExpectOneLine(run);
+    EXPECT_EQ(RunTeskcolor({"frobnicate"}).code, 2);
+    EXPECT_EQ(RunTeskcolor({"chart", "--width", "ten", Path("c.png")}).code, 2);
+    EXPECT_EQ(RunTeskcolor({"separate", "--cmyk"}).code, 2);
+    EXPECT_EQ(RunTeskcolor({"settings", "set", "intent", "7"}).code, 2);
+}
+
+TEST_F(CliErrors, MissingInputIsExitThree) {
+    const SRun run = RunTeskcolor({"separate", "--invert", Path("absent.tif"), Path("plates.tif")});
+    EXPECT_EQ(run.code, 3);
+    ExpectOneLine(run);
+    EXPECT_NE(run.err.find("absent.tif"), std::string::npos);
+    EXPECT_EQ(RunTeskcolor({"info", Path("absent.icc")}).code, 3);
+    EXPECT_EQ(FilesIn(env_.Root()), 0u);
+}
+
+TEST_F(CliErrors, TruncatedImageIsExitFourAndLeavesNoOutput) {
+    for (const char* extension : {".tif", ".png", ".jpg"}) {
+        const std::string input = Path(std::string("in") + extension);
+        WriteImage(input, SmoothImage(200, 150, VPF_RGB_8));
+        std::vector<uint8_t> bytes = tesk::test::ReadBytes(input);
+        bytes.resize(bytes.size() / 2);
+        tesk::test::WriteBytes(input, bytes);
+
+        for (const auto& args : std::vector<std::vector<std::string>>{
+                 {"separate", "--packed", input, Path("packed.tif")},
+                 {"separate", "--invert", input, Path("plates.png")},
+                 {"convert", "--from", kFogra, input, Path("out.png")},
+                 {"proof", input, Path("proof.tif")}}) {
+            const SRun run = RunTeskcolor(args);
+            EXPECT_EQ(run.code, 4) << args[0] << " " << extension << ": " << run.err;
+            ExpectOneLine(run);
+        }
+        EXPECT_EQ(FilesIn(env_.Root()), 1u) << extension;  // the damaged input alone
+        fs::remove(input);
+    }
+}
+
+TEST_F(CliErrors, UnsupportedPixelFormatIsExitFive) {
+    const std::string input = Path("grey-alpha.png");
+    WriteImage(input, PatternImage(16, 16, VPF_GREY_ALPHA_8));
+    const SRun run = RunTeskcolor({"separate", "--invert", input, Path("plates.tif")});
+    EXPECT_EQ(run.code, 5) << run.err;
+    ExpectOneLine(run);
+    EXPECT_EQ(FilesIn(env_.Root()), 1u);
+}
+
+TEST_F(CliErrors, ProfileOfTheWrongClassIsExitSix) {
+    const std::string input = Path("chart.png");
+    ASSERT_EQ(RunTeskcolor({"chart", "--width", "64", "--height", "48", input}).code, 0);
+    const std::string rgbProfile = Path("srgb.icc");
+    tesk::test::WriteBytes(rgbProfile, SrgbProfileBytes());
+
+    SRun run = RunTeskcolor({"separate", "--invert", "--cmyk", rgbProfile, input, Path("plates.tif")});
+    EXPECT_EQ(run.code, 6) << run.err;
+    ExpectOneLine(run);
+    run = RunTeskcolor({"settings", "set", "working-space", kFogra});
+    EXPECT_EQ(run.code, 6) << run.err;
+    // A CMYK profile embedded in an RGB image does not fit it.
+    SImage tagged = SmoothImage(8, 8, VPF_RGB_8);
+    tagged.iccProfile = tesk::test::ReadBytes(kFogra);
+    WriteImage(Path("mistagged.tif"), tagged);
+    EXPECT_EQ(RunTeskcolor({"separate", "--packed", Path("mistagged.tif"), Path("packed.tif")}).code, 6);
+    EXPECT_FALSE(fs::exists(Path("plates-cyan.tif")));
+    EXPECT_FALSE(fs::exists(Path("packed.tif")));
+}
+
+TEST_F(CliErrors, RunOnlyOverridesLeaveTheStoredSettingsAlone) {
+    const std::string input = Path("chart.png");
+    ASSERT_EQ(RunTeskcolor({"chart", "--width", "64", "--height", "48", input}).code, 0);
+    const std::string before = RunTeskcolor({"settings", "show", "--json"}).out;
+    ASSERT_EQ(RunTeskcolor({"separate", "--invert", "--cmyk", kFogra, input, Path("plates.tif")}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"proof", "--proof-profile", kFogra, input, Path("proof.tif")}).code, 0);
+    EXPECT_EQ(RunTeskcolor({"settings", "show", "--json"}).out, before);
+
+    ASSERT_EQ(RunTeskcolor({"settings", "set", "cmyk-profile", kFogra}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"settings", "set", "intent", "1"}).code, 0);
+    const std::string after = RunTeskcolor({"settings", "show"}).out;
+    EXPECT_NE(after.find("FOGRA39"), std::string::npos) << after;
+    EXPECT_NE(after.find("intent           1"), std::string::npos) << after;
+}
+
+}  // namespace
+}  // namespace teskcolor::test
