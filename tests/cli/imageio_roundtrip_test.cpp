@@ -108,3 +108,63 @@ TEST(ImageTypes, ExtensionsAndSignatures) {
 
 }  // namespace
 }  // namespace teskcolor::test
+
+namespace teskcolor::test {
+namespace {
+
+// Writes `image` (8-bit RGB) with libtiff as separate planes or as tiles.
+void WriteTiffLayout(const std::string& path, const SImage& image, bool planes, bool tiles) {
+    TIFF* tif = TIFFOpen(path.c_str(), "w");
+    ASSERT_NE(tif, nullptr);
+    const int width = image.pixels.GetWidth(), height = image.pixels.GetHeight();
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(width));
+    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(height));
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, 3);
+    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
+    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+    auto sample = [&](int x, int y, int c) { return image.pixels.GetRow(y)[x * 3 + (2 - c)]; };  // R,G,B from B,G,R
+    if (tiles) {
+        TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16u);
+        TIFFSetField(tif, TIFFTAG_TILELENGTH, 16u);
+        std::vector<uint8_t> tile(16 * 16 * 3);
+        for (int top = 0; top < height; top += 16)
+            for (int left = 0; left < width; left += 16) {
+                std::fill(tile.begin(), tile.end(), 0);
+                for (int y = top; y < std::min(height, top + 16); ++y)
+                    for (int x = left; x < std::min(width, left + 16); ++x)
+                        for (int c = 0; c < 3; ++c) tile[((y - top) * 16 + (x - left)) * 3 + c] = sample(x, y, c);
+                ASSERT_GE(TIFFWriteTile(tif, tile.data(), uint32_t(left), uint32_t(top), 0, 0), 0);
+            }
+    } else {
+        TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, 5u);
+        std::vector<uint8_t> row(size_t(width) * 3);
+        for (int plane = 0; plane < (planes ? 3 : 1); ++plane)
+            for (int y = 0; y < height; ++y) {
+                for (int x = 0; x < width; ++x)
+                    for (int c = 0; c < 3; ++c)
+                        if (planes)
+                            row[size_t(x)] = sample(x, y, plane);
+                        else
+                            row[size_t(x) * 3 + c] = sample(x, y, c);
+                ASSERT_GE(TIFFWriteScanline(tif, row.data(), uint32_t(y), uint16_t(plane)), 0);
+            }
+    }
+    TIFFClose(tif);
+}
+
+class TiffLayouts : public tesk::test::IsolatedTest {};
+
+TEST_F(TiffLayouts, PlanarAndTiledFilesReadLikeContiguousOnes) {
+    const SImage image = PatternImage(37, 21, VPF_RGB_8);  // not a multiple of the tile size
+    for (auto [planes, tiles] : {std::pair{true, false}, std::pair{false, true}}) {
+        const std::string path = env_.Root() + "/layout.tif";
+        WriteTiffLayout(path, image, planes, tiles);
+        const SImage back = ReadImage(path);
+        EXPECT_EQ(MaxSampleDifference(back.pixels, image.pixels), 0) << "planes " << planes << " tiles " << tiles;
+    }
+}
+
+}  // namespace
+}  // namespace teskcolor::test
