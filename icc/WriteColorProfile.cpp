@@ -91,8 +91,9 @@ int CICCWriteColorProfile::StoreTagBytes(unsigned long tag, void* data, int size
     if (!m_pfnSetColorProfileElementSize(m_hProfile, static_cast<TAGTYPE>(tag), static_cast<DWORD>(size)))
         return -1;
     DWORD count = static_cast<DWORD>(size);
-    if (!m_pfnSetColorProfileElement(m_hProfile, static_cast<TAGTYPE>(tag), 0, &count, data)) return -1;
-    if (count != static_cast<DWORD>(size)) return -1;
+    const BOOL stored = m_pfnSetColorProfileElement(m_hProfile, static_cast<TAGTYPE>(tag), 0, &count, data);
+    // A zero size has already removed the tag; there are no bytes left to refuse.
+    if ((!stored && size > 0) || count != static_cast<DWORD>(size)) return -1;
     return static_cast<int>(count);
 }
 
