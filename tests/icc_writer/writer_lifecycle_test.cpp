@@ -113,17 +113,6 @@ TEST_F(WriterLifecycle, ShortOrRefusedWritesFailWithoutCountingTheTag) {
     EXPECT_EQ(DeclaredSize(empty), 132u);
 }
 
-TEST_F(WriterLifecycle, MissingHeaderExportOnlyFailsTheHeader) {
-    tesk::loader::Substitute substitute;
-    substitute.hidden.insert("SetColorProfileHeader");
-    tesk::loader::SetSubstitute(L"MSCMS.DLL", substitute);
-    CICCWriteColorProfile writer;
-    ASSERT_TRUE(writer.OpenICCProfileForWrite(WindowsPath("noheader.icc").c_str()));
-    EXPECT_FALSE(writer.SetDefaultProfileHeader());
-    SICCCurveType gamma{1, nullptr, 1.0f};
-    EXPECT_TRUE(writer.SetTRCCurveType('rTRC', gamma));
-}
-
 TEST_F(WriterLifecycle, OpenForWriteResolvesNamesAndReplacesTheOpenProfile) {
     CICCWriteColorProfile writer;
     EXPECT_FALSE(writer.OpenICCProfileForWrite(nullptr));
