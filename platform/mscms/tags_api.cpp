@@ -71,7 +71,8 @@ BOOL WINAPI GetColorProfileElement(HPROFILE hProfile, TAGTYPE tag, DWORD dwOffse
 }
 
 // Writes *pcbElement bytes at dwOffset, creating the tag or growing it
-// (zero-filled) as needed. Tags sharing the data see the change.
+// (zero-filled) as needed. Tags sharing the data see the change. Writing
+// nothing to an existing tag succeeds and changes nothing.
 BOOL WINAPI SetColorProfileElement(HPROFILE hProfile, TAGTYPE tag, DWORD dwOffset, PDWORD pcbElement,
                                    PVOID pElement) {
     std::shared_ptr<OpenProfile> profile = LookupWritableProfile(hProfile);
@@ -81,6 +82,7 @@ BOOL WINAPI SetColorProfileElement(HPROFILE hProfile, TAGTYPE tag, DWORD dwOffse
     IccContainer& container = profile->container;
     const size_t end = size_t{dwOffset} + *pcbElement;
     IccTag* found = container.Find(tag);
+    if (!found && *pcbElement == 0) return Fail(ERROR_TAG_NOT_FOUND);  // nothing to create a tag from
     const size_t current = found ? found->data->size() : 0;
     if (end > current && !FitsAfterGrowth(container, end - current)) return Fail(ERROR_NOT_ENOUGH_MEMORY);
     try {

@@ -82,6 +82,9 @@ TEST_F(ProfileTagsTest, ResizeWriteReadAndDelete) {
     count = 2;
     ASSERT_TRUE(SetColorProfileElement(profile_, 'tst2', 4, &count, const_cast<char*>("xy")));
     EXPECT_EQ(TagOf(profile_, 'tst2'), (Bytes{0, 0, 0, 0, 'x', 'y'}));
+    count = 0;
+    EXPECT_FALSE(SetColorProfileElement(profile_, 'tst3', 0, &count, part));
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_TAG_NOT_FOUND));
 
     ASSERT_TRUE(SetColorProfileElementSize(profile_, 'tst1', 0));
     EXPECT_EQ(Count(), before + 1);
