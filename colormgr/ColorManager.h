@@ -23,6 +23,7 @@
 #include "module/Export.h"
 
 class CConnectLanguage;
+class IRowAccess;
 
 enum VCM_MODE : int32_t {
     VCM_MODE_OFF = 0,
@@ -128,8 +129,10 @@ public:
     bool SetupDC(HDC hdc);
     void CleanupDC(HDC hdc);
 
-    // ---- colour-matching dialog (ICMUI)
-    // (declared by the dialog's owner)
+    // ---- colour-matching dialog
+    bool ColorMatchUI(HWND hWnd, bool& bEnableICM, bool& bProofing, vell::TSharedArray<wchar_t>& strMonitorProfile,
+                      vell::TSharedArray<wchar_t>& strPrinterProfile, vell::TSharedArray<wchar_t>& strTargetProfile,
+                      uint32_t& dwRenderIntent, uint32_t& dwProofingIntent);
 
     // ---- image and colour transformation
     bool TransformImage(void* sourceProfile, CDibIterator& source, CDibIterator& destination,
@@ -211,8 +214,18 @@ private:
     HPROFILE OpenWorkingRGBProfile(CICCReadColorProfile& reader);
     HPROFILE OpenDefaultCMYKProfile(CICCReadColorProfile& reader);
     DWORD SeparationIntent() const { return m_bProof ? m_dwProofIntent : 0; }
-    VellErrorCode InputFromCMYKRows(CStatusControl* status, const CRowIterator& source, CRowIterator& output,
-                                    void* cmykProfile);
+    // Working RGB -> default CMYK with `intent`; the RGB profile is closed at
+    // once, the CMYK one is handed back for closing after the work. Null when a
+    // profile or the transform cannot be had (nothing left open then).
+    HTRANSFORM OpenRGBToCMYKTransform(DWORD intent, CICCReadColorProfile& cmykReader, HPROFILE& cmyk);
+    // CMYK (the given handle, else the default CMYK profile) -> working RGB;
+    // the RGB profile is handed back for closing after the work.
+    HTRANSFORM OpenCMYKToRGBTransform(void* cmykProfile, CICCReadColorProfile& rgbReader, HPROFILE& rgb);
+    // Every row of `source` through `transform` into `output`; a failed row
+    // gives 101 and ends the work or not, as `stopOnFailure` says.
+    VellErrorCode TranslateRows(CStatusControl& progress, HTRANSFORM transform, IRowAccess& source,
+                                BMFORMAT sourceFormat, IRowAccess& output, BMFORMAT outputFormat,
+                                bool stopOnFailure);
 
     // Setup lists.
     bool ScanColorDirectory(std::list<SSetupProfile>& list, bool cmyk);

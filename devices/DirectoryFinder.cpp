@@ -9,10 +9,12 @@ namespace colormgr {
 
 std::vector<SFoundFile> FindFiles(const CString& pattern) {
     std::vector<SFoundFile> found;
+    // Without a folder (no colour directory was had) there is nothing to search.
     const int separator = pattern.ReverseFind(L'\\');
-    CString folder = separator >= 0 ? pattern.Left(separator) : CString(L".");
+    if (separator <= 0) return found;
+    CString folder = pattern.Left(separator);
     const std::string nativeFolder = tesk::path::ToNative(folder.GetString());
-    DIR* directory = ::opendir(nativeFolder.empty() ? "/" : nativeFolder.c_str());
+    DIR* directory = ::opendir(nativeFolder.c_str());
     if (!directory) return found;
     while (const dirent* entry = ::readdir(directory)) {
         SFoundFile file;
