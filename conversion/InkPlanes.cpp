@@ -100,19 +100,32 @@ VellErrorCode CColorManager::ConvertCMYtoRGB(unsigned char* cyan, unsigned char*
     return VELL_OK;
 }
 
+namespace {
+
+// One RGB row to packed C, M, Y, K quads; null when memory is short, and
+// `failed` set when the platform refused.
+std::unique_ptr<BYTE[]> TranslateToQuads(decltype(&TranslateBitmapBits) translate, HTRANSFORM transform, void* rgb,
+                                         int width, int outputStride, int inputStride, bool& failed) {
+    std::unique_ptr<BYTE[]> quads(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
+    failed = quads && (!translate || !translate(transform, rgb, BM_RGBTRIPLETS, static_cast<DWORD>(width), 1,
+                                                static_cast<DWORD>(inputStride), quads.get(), BM_KYMCQUADS,
+                                                static_cast<DWORD>(outputStride), nullptr, 0));
+    return quads;
+}
+
+}  // namespace
+
 VellErrorCode CColorManager::ConvertRGBtoCMYK(unsigned char* cyan, unsigned char* magenta, unsigned char* yellow,
                                               unsigned char* black, void* rgb, int width, int outputStride,
                                               int inputStride) {
     HTRANSFORM transform = CachedInkTransform(false);
     if (!transform) return VELL_OK;
     width = std::max(width, 0);
-    std::unique_ptr<BYTE[]> quads(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
+    bool failed = false;
+    std::unique_ptr<BYTE[]> quads =
+        TranslateToQuads(m_pfnTranslateBitmapBits, transform, rgb, width, outputStride, inputStride, failed);
     if (!quads) return VELL_ERR_NO_MEMORY;
-    if (!m_pfnTranslateBitmapBits ||
-        !m_pfnTranslateBitmapBits(transform, rgb, BM_RGBTRIPLETS, static_cast<DWORD>(width), 1,
-                                  static_cast<DWORD>(inputStride), quads.get(), BM_KYMCQUADS,
-                                  static_cast<DWORD>(outputStride), nullptr, 0))
-        return VELL_ERR_TRANSLATE;
+    if (failed) return VELL_ERR_TRANSLATE;
     for (int x = 0; x < width; ++x) {
         cyan[x] = static_cast<BYTE>(~quads[x * 4]);
         magenta[x] = static_cast<BYTE>(~quads[x * 4 + 1]);
@@ -127,13 +140,11 @@ VellErrorCode CColorManager::ConvertRGBtoCMY(unsigned char* cyan, unsigned char*
     HTRANSFORM transform = CachedInkTransform(false);
     if (!transform) return VELL_OK;
     width = std::max(width, 0);
-    std::unique_ptr<BYTE[]> quads(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
+    bool failed = false;
+    std::unique_ptr<BYTE[]> quads =
+        TranslateToQuads(m_pfnTranslateBitmapBits, transform, rgb, width, outputStride, inputStride, failed);
     if (!quads) return VELL_ERR_NO_MEMORY;
-    if (!m_pfnTranslateBitmapBits ||
-        !m_pfnTranslateBitmapBits(transform, rgb, BM_RGBTRIPLETS, static_cast<DWORD>(width), 1,
-                                  static_cast<DWORD>(inputStride), quads.get(), BM_KYMCQUADS,
-                                  static_cast<DWORD>(outputStride), nullptr, 0))
-        return VELL_ERR_TRANSLATE;
+    if (failed) return VELL_ERR_TRANSLATE;
     // The black is added back into each ink, saturating: there is no fourth plate.
     for (int x = 0; x < width; ++x) {
         const int k = quads[x * 4 + 3];

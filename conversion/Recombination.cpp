@@ -7,6 +7,7 @@
 
 #include "colormgr/ColorManager.h"
 #include "conversion/PlatformRows.h"
+#include "conversion/RowAccess.h"
 #include "host/imaging/RowIteratorBands.h"
 #include "module/Trace.h"
 
@@ -26,22 +27,27 @@ void PackInks(const BYTE* const plates[4], int width, bool sixteenBit, BYTE* qua
 
 }  // namespace
 
-VellErrorCode CColorManager::TransformFromCMYKToRGB(CStatusControl* status, CRowIterator& cyan, CRowIterator& magenta,
-                                                    CRowIterator& yellow, CRowIterator& black, CRowIterator& output) {
-    CStatusControl progress(status);
-    CICCReadColorProfile rgbReader, cmykReader;
-    HPROFILE rgb = OpenWorkingRGBProfile(rgbReader);
-    if (!rgb) return VELL_OK;
-    HPROFILE cmyk = OpenDefaultCMYKProfile(cmykReader);
+HTRANSFORM CColorManager::OpenCMYKToRGBTransform(void* cmykProfile, CICCReadColorProfile& rgbReader, HPROFILE& rgb) {
+    rgb = OpenWorkingRGBProfile(rgbReader);
+    if (!rgb) return nullptr;
+    CICCReadColorProfile cmykReader;
+    HPROFILE cmyk = cmykProfile ? cmykProfile : OpenDefaultCMYKProfile(cmykReader);
     const DWORD intent = SeparationIntent();
     HPROFILE profiles[2] = {cmyk, rgb};
     DWORD intents[2] = {intent, intent};
     HTRANSFORM transform = CreateTransform(profiles, 2, intents, 2);
-    if (cmyk) cmykReader.CloseProfile(cmyk);
-    if (!transform) {
-        rgbReader.CloseProfile(rgb);
-        return VELL_OK;
-    }
+    if (!cmykProfile && cmyk) cmykReader.CloseProfile(cmyk);  // a caller's profile stays open
+    if (!transform) rgbReader.CloseProfile(rgb);
+    return transform;
+}
+
+VellErrorCode CColorManager::TransformFromCMYKToRGB(CStatusControl* status, CRowIterator& cyan, CRowIterator& magenta,
+                                                    CRowIterator& yellow, CRowIterator& black, CRowIterator& output) {
+    CStatusControl progress(status);
+    CICCReadColorProfile rgbReader;
+    HPROFILE rgb = nullptr;
+    HTRANSFORM transform = OpenCMYKToRGBTransform(nullptr, rgbReader, rgb);
+    if (!transform) return VELL_OK;
     auto finish = [&](VellErrorCode code) {
         if (m_pfnDeleteColorTransform) m_pfnDeleteColorTransform(transform);
         rgbReader.CloseProfile(rgb);
@@ -82,89 +88,38 @@ VellErrorCode CColorManager::TransformFromCMYKToRGB(CStatusControl* status, CRow
     return finish(VELL_OK);
 }
 
-VellErrorCode CColorManager::InputFromCMYKRows(CStatusControl* status, const CRowIterator& source,
-                                               CRowIterator& output, void* cmykProfile) {
+VellErrorCode CColorManager::InputFromCMYKtoRGB(CStatusControl* status, const CRowIterator& source,
+                                                CRowIterator& output) {
+    return InputFromCMYKtoRGB(status, source, output, nullptr);
+}
+
+VellErrorCode CColorManager::InputFromCMYKtoRGB(CStatusControl* status, const CRowIterator& source,
+                                                CRowIterator& output, void* cmykProfile) {
     CStatusControl progress(status);
-    CICCReadColorProfile rgbReader, cmykReader;
-    HPROFILE rgb = OpenWorkingRGBProfile(rgbReader);
-    if (!rgb) return VELL_OK;
-    HPROFILE cmyk = cmykProfile ? cmykProfile : OpenDefaultCMYKProfile(cmykReader);
-    const DWORD intent = SeparationIntent();
-    HPROFILE profiles[2] = {cmyk, rgb};
-    DWORD intents[2] = {intent, intent};
-    HTRANSFORM transform = CreateTransform(profiles, 2, intents, 2);
-    if (!cmykProfile && cmyk) cmykReader.CloseProfile(cmyk);
-    if (!transform) {
-        rgbReader.CloseProfile(rgb);
-        return VELL_OK;
-    }
-    const int width = source.GetWidth(), height = source.GetHeight();
-    progress.SetProgressRange(height);
-    CRowIteratorBands::CreateRGB(output, width, height);
-    const DWORD sourceStride = static_cast<DWORD>(source.GetBytesPerRow());
-    const DWORD outputStride = static_cast<DWORD>(output.GetBytesPerRow());
-    std::vector<unsigned char> scratch;
-    VellErrorCode result = VELL_OK;
-    for (int y = 0; y < height; ++y) {
-        progress.SetProgress(y);
-        const BYTE* from = source.GetRow(y);
-        BYTE* to = output.GetRow(y);
-        if (!from || !to ||
-            !TranslateRow(m_pfnTranslateBitmapBits, transform, from, sourceStride, BM_KYMCQUADS,
-                          static_cast<DWORD>(width), sourceStride, to, BM_RGBTRIPLETS, outputStride, scratch))
-            result = VELL_ERR_TRANSLATE;  // the next rows are still tried
-    }
+    CICCReadColorProfile rgbReader;
+    HPROFILE rgb = nullptr;
+    HTRANSFORM transform = OpenCMYKToRGBTransform(cmykProfile, rgbReader, rgb);
+    if (!transform) return VELL_OK;
+    progress.SetProgressRange(source.GetHeight());
+    CRowIteratorBands::CreateRGB(output, source.GetWidth(), source.GetHeight());
+    CImageRows from(source), to(output);
+    VellErrorCode result = TranslateRows(progress, transform, from, BM_KYMCQUADS, to, BM_RGBTRIPLETS, false);
     if (m_pfnDeleteColorTransform) m_pfnDeleteColorTransform(transform);
     rgbReader.CloseProfile(rgb);
     return result;
 }
 
-VellErrorCode CColorManager::InputFromCMYKtoRGB(CStatusControl* status, const CRowIterator& source,
-                                                CRowIterator& output) {
-    return InputFromCMYKRows(status, source, output, nullptr);
-}
-
-VellErrorCode CColorManager::InputFromCMYKtoRGB(CStatusControl* status, const CRowIterator& source,
-                                                CRowIterator& output, void* cmykProfile) {
-    return InputFromCMYKRows(status, source, output, cmykProfile);
-}
-
 VellErrorCode CColorManager::InputFromCMYKtoRGB(CStatusControl* status, CDibIterator& source, CDibIterator& output,
                                                 void* cmykProfile) {
     CStatusControl progress(status);
-    CICCReadColorProfile rgbReader, cmykReader;
-    HPROFILE rgb = OpenWorkingRGBProfile(rgbReader);
-    if (!rgb) return VELL_OK;
-    HPROFILE cmyk = cmykProfile ? cmykProfile : OpenDefaultCMYKProfile(cmykReader);
-    const DWORD intent = SeparationIntent();
-    HPROFILE profiles[2] = {cmyk, rgb};
-    DWORD intents[2] = {intent, intent};
-    HTRANSFORM transform = CreateTransform(profiles, 2, intents, 2);
-    if (!cmykProfile && cmyk) cmykReader.CloseProfile(cmyk);
-    if (!transform) {
-        rgbReader.CloseProfile(rgb);
-        return VELL_OK;
-    }
-    const int width = source.GetWidth(), height = source.GetHeight();
-    progress.SetProgressRange(height);
-    if (IVError* error = CDibIterator::CreateRGB(output, width, height)) error->Release();
-    const DWORD sourceStride = static_cast<DWORD>((source.GetBPP() * width + 7) / 8);
-    const DWORD outputStride = static_cast<DWORD>((output.GetBPP() * width + 7) / 8);
-    std::vector<unsigned char> scratch;
-    VellErrorCode result = VELL_OK;
-    for (int y = 0; y < height; ++y) {
-        progress.SetProgress(y);
-        BYTE* from = nullptr;
-        BYTE* to = nullptr;
-        if (IVError* error = source.GetRow(y, 0, width, 0, &from)) error->Release();
-        if (IVError* error = output.GetRow(y, 0, width, 0, &to)) error->Release();
-        if (!from || !to ||
-            !TranslateRow(m_pfnTranslateBitmapBits, transform, from, sourceStride, BM_KYMCQUADS,
-                          static_cast<DWORD>(width), sourceStride, to, BM_RGBTRIPLETS, outputStride, scratch))
-            result = VELL_ERR_TRANSLATE;
-        if (from) source.ReleaseRow(from);
-        if (to) output.ReleaseRow(to);
-    }
+    CICCReadColorProfile rgbReader;
+    HPROFILE rgb = nullptr;
+    HTRANSFORM transform = OpenCMYKToRGBTransform(cmykProfile, rgbReader, rgb);
+    if (!transform) return VELL_OK;
+    progress.SetProgressRange(source.GetHeight());
+    if (IVError* error = CDibIterator::CreateRGB(output, source.GetWidth(), source.GetHeight())) error->Release();
+    CDibRows from(source), to(output);
+    VellErrorCode result = TranslateRows(progress, transform, from, BM_KYMCQUADS, to, BM_RGBTRIPLETS, false);
     if (m_pfnDeleteColorTransform) m_pfnDeleteColorTransform(transform);
     rgbReader.CloseProfile(rgb);
     return result;

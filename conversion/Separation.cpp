@@ -9,6 +9,7 @@
 #include "colormgr/ColorManager.h"
 #include "conversion/HighByteReduction.h"
 #include "conversion/PlatformRows.h"
+#include "conversion/RowAccess.h"
 #include "host/imaging/RowIteratorBands.h"
 
 namespace {
@@ -84,27 +85,53 @@ HPROFILE CColorManager::OpenDefaultCMYKProfile(CICCReadColorProfile& reader) {
     return profile ? profile : GetCMYKProfile(reader);
 }
 
+HTRANSFORM CColorManager::OpenRGBToCMYKTransform(DWORD intent, CICCReadColorProfile& cmykReader, HPROFILE& cmyk) {
+    cmyk = OpenDefaultCMYKProfile(cmykReader);
+    if (!cmyk) return nullptr;
+    CICCReadColorProfile rgbReader;
+    HPROFILE rgb = OpenWorkingRGBProfile(rgbReader);
+    HTRANSFORM transform = nullptr;
+    if (rgb) {
+        HPROFILE profiles[2] = {rgb, cmyk};
+        DWORD intents[2] = {intent, intent};
+        transform = CreateTransform(profiles, 2, intents, 2);
+        rgbReader.CloseProfile(rgb);
+    }
+    if (!transform) cmykReader.CloseProfile(cmyk);
+    return transform;
+}
+
+VellErrorCode CColorManager::TranslateRows(CStatusControl& progress, HTRANSFORM transform, IRowAccess& source,
+                                           BMFORMAT sourceFormat, IRowAccess& output, BMFORMAT outputFormat,
+                                           bool stopOnFailure) {
+    std::vector<unsigned char> scratch;
+    VellErrorCode result = VELL_OK;
+    const DWORD width = static_cast<DWORD>(source.Width());
+    for (int y = 0; y < source.Height(); ++y) {
+        progress.SetProgress(y);
+        BYTE* from = source.Row(y);
+        BYTE* to = output.Row(y);
+        const bool translated = from && to &&
+                                TranslateRow(m_pfnTranslateBitmapBits, transform, from, source.Stride(), sourceFormat,
+                                             width, source.Stride(), to, outputFormat, output.Stride(), scratch);
+        source.Release(from);
+        output.Release(to);
+        if (!translated) {
+            result = VELL_ERR_TRANSLATE;
+            if (stopOnFailure) break;
+        }
+    }
+    return result;
+}
+
 VellErrorCode CColorManager::TransformFromRGBToCMYK(CStatusControl* status, const CRowIterator& source,
                                                     CRowIterator& cyan, CRowIterator& magenta, CRowIterator& yellow,
                                                     CRowIterator& black, bool invert) {
     CStatusControl progress(status);
-    CICCReadColorProfile cmykReader, rgbReader;
-    HPROFILE cmyk = OpenDefaultCMYKProfile(cmykReader);
-    if (!cmyk) return VELL_ERR_NO_MEMORY;
-    HPROFILE rgb = OpenWorkingRGBProfile(rgbReader);
-    if (!rgb) {
-        cmykReader.CloseProfile(cmyk);
-        return VELL_ERR_NO_MEMORY;
-    }
-    const DWORD intent = SeparationIntent();
-    HPROFILE profiles[2] = {rgb, cmyk};
-    DWORD intents[2] = {intent, intent};
-    HTRANSFORM transform = CreateTransform(profiles, 2, intents, 2);
-    rgbReader.CloseProfile(rgb);
-    if (!transform) {
-        cmykReader.CloseProfile(cmyk);
-        return VELL_ERR_NO_MEMORY;
-    }
+    CICCReadColorProfile cmykReader;
+    HPROFILE cmyk = nullptr;
+    HTRANSFORM transform = OpenRGBToCMYKTransform(SeparationIntent(), cmykReader, cmyk);
+    if (!transform) return VELL_ERR_NO_MEMORY;
     auto finish = [&](VellErrorCode code) {
         if (m_pfnDeleteColorTransform) m_pfnDeleteColorTransform(transform);
         cmykReader.CloseProfile(cmyk);
@@ -222,40 +249,15 @@ BMFORMAT PackedSeparationInput(EVPixelFormat format) {
 
 VellErrorCode CColorManager::OutputFromRGBToCMYK(CStatusControl* status, CDibIterator& source, CDibIterator& output) {
     CStatusControl progress(status);
-    CICCReadColorProfile cmykReader, rgbReader;
-    HPROFILE cmyk = OpenDefaultCMYKProfile(cmykReader);
-    HPROFILE rgb = cmyk ? OpenWorkingRGBProfile(rgbReader) : nullptr;
-    const DWORD intent = SeparationIntent();
-    HPROFILE profiles[2] = {rgb, cmyk};
-    DWORD intents[2] = {intent, intent};
-    HTRANSFORM transform = cmyk && rgb ? CreateTransform(profiles, 2, intents, 2) : nullptr;
-    if (rgb) rgbReader.CloseProfile(rgb);
-    if (!transform) {
-        if (cmyk) cmykReader.CloseProfile(cmyk);
-        return VELL_OK;
-    }
-
-    const int width = source.GetWidth(), height = source.GetHeight();
-    progress.SetProgressRange(height);
-    if (IVError* error = CDibIterator::CreateRGBA(output, width, height)) error->Release();
-    const BMFORMAT format = PackedSeparationInput(source.GetPixelFormat());
-    const DWORD sourceStride = static_cast<DWORD>((source.GetBPP() * width + 7) / 8);
-    const DWORD outputStride = static_cast<DWORD>((output.GetBPP() * width + 7) / 8);
-    std::vector<unsigned char> scratch;
-    VellErrorCode result = VELL_OK;
-    for (int y = 0; y < height && result == VELL_OK; ++y) {
-        progress.SetProgress(y);
-        BYTE* from = nullptr;
-        BYTE* to = nullptr;
-        if (IVError* error = source.GetRow(y, 0, width, 0, &from)) error->Release();
-        if (IVError* error = output.GetRow(y, 0, width, 0, &to)) error->Release();
-        if (!from || !to ||
-            !TranslateRow(m_pfnTranslateBitmapBits, transform, from, sourceStride, format, static_cast<DWORD>(width),
-                          sourceStride, to, BM_KYMCQUADS, outputStride, scratch))
-            result = VELL_ERR_TRANSLATE;
-        if (from) source.ReleaseRow(from);
-        if (to) output.ReleaseRow(to);
-    }
+    CICCReadColorProfile cmykReader;
+    HPROFILE cmyk = nullptr;
+    HTRANSFORM transform = OpenRGBToCMYKTransform(SeparationIntent(), cmykReader, cmyk);
+    if (!transform) return VELL_OK;
+    progress.SetProgressRange(source.GetHeight());
+    if (IVError* error = CDibIterator::CreateRGBA(output, source.GetWidth(), source.GetHeight())) error->Release();
+    CDibRows from(source), to(output);
+    VellErrorCode result = TranslateRows(progress, transform, from, PackedSeparationInput(source.GetPixelFormat()), to,
+                                         BM_KYMCQUADS, true);
     if (m_pfnDeleteColorTransform) m_pfnDeleteColorTransform(transform);
     cmykReader.CloseProfile(cmyk);
     return result;
@@ -264,36 +266,15 @@ VellErrorCode CColorManager::OutputFromRGBToCMYK(CStatusControl* status, CDibIte
 VellErrorCode CColorManager::OutputFromRGBToCMYK(CStatusControl* status, const CRowIterator& source,
                                                  CRowIterator& output) {
     CStatusControl progress(status);
-    CICCReadColorProfile cmykReader, rgbReader;
-    HPROFILE cmyk = OpenDefaultCMYKProfile(cmykReader);
-    HPROFILE rgb = cmyk ? OpenWorkingRGBProfile(rgbReader) : nullptr;
-    const DWORD intent = SeparationIntent();
-    HPROFILE profiles[2] = {rgb, cmyk};
-    DWORD intents[2] = {intent, intent};
-    HTRANSFORM transform = cmyk && rgb ? CreateTransform(profiles, 2, intents, 2) : nullptr;
-    if (rgb) rgbReader.CloseProfile(rgb);
-    if (!transform) {
-        if (cmyk) cmykReader.CloseProfile(cmyk);
-        return VELL_OK;
-    }
-
-    const int width = source.GetWidth(), height = source.GetHeight();
-    progress.SetProgressRange(height);
-    CRowIteratorBands::CreateRGBA(output, width, height);
-    const BMFORMAT format = PackedSeparationInput(source.GetPixelFormat());
-    const DWORD sourceStride = static_cast<DWORD>(source.GetBytesPerRow());
-    const DWORD outputStride = static_cast<DWORD>(output.GetBytesPerRow());
-    std::vector<unsigned char> scratch;
-    VellErrorCode result = VELL_OK;
-    for (int y = 0; y < height && result == VELL_OK; ++y) {
-        progress.SetProgress(y);
-        const BYTE* from = source.GetRow(y);
-        BYTE* to = output.GetRow(y);
-        if (!from || !to ||
-            !TranslateRow(m_pfnTranslateBitmapBits, transform, from, sourceStride, format, static_cast<DWORD>(width),
-                          sourceStride, to, BM_KYMCQUADS, outputStride, scratch))
-            result = VELL_ERR_TRANSLATE;
-    }
+    CICCReadColorProfile cmykReader;
+    HPROFILE cmyk = nullptr;
+    HTRANSFORM transform = OpenRGBToCMYKTransform(SeparationIntent(), cmykReader, cmyk);
+    if (!transform) return VELL_OK;
+    progress.SetProgressRange(source.GetHeight());
+    CRowIteratorBands::CreateRGBA(output, source.GetWidth(), source.GetHeight());
+    CImageRows from(source), to(output);
+    VellErrorCode result = TranslateRows(progress, transform, from, PackedSeparationInput(source.GetPixelFormat()), to,
+                                         BM_KYMCQUADS, true);
     if (m_pfnDeleteColorTransform) m_pfnDeleteColorTransform(transform);
     cmykReader.CloseProfile(cmyk);
     return result;
