@@ -91,16 +91,23 @@ void TransformIntoWorkingSpace(CColorManager& manager, SImage& image, CProfileIn
         throw CCliError(EExit::Failed, "cannot put the converted colours back");
 }
 
-SImage Prepared(const SImage& image) {
+// The image as the module's RGB paths take it. Pixels are copied only where
+// they change (grey made RGB, or `convert` set); otherwise they are shared
+// with the caller's image and only read.
+SImage Prepared(const SImage& image, bool convert) {
     if (image.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image cannot be used here; an RGB or grey one is needed");
     const EVPixelFormat format = image.pixels.GetPixelFormat();
     if (format == VPF_GREY_ALPHA_8 || format == VPF_GREY_ALPHA_16)
         throw CCliError(EExit::Unsupported, "grey images with alpha are not supported; drop the alpha first");
-    SImage copy;
-    copy.iccProfile = image.iccProfile;
+    SImage prepared;
+    prepared.iccProfile = image.iccProfile;
+    const bool grey = CVPixelFormat::IsGreyscale(format);
     // Grey becomes neutral RGB: the module's grey paths treat rows as RGB.
-    copy.pixels = Copy(image.pixels, CVPixelFormat::IsGreyscale(format) ? WithoutAlpha(format) : format);
-    return copy;
+    if (grey || convert)
+        prepared.pixels = Copy(image.pixels, grey ? WithoutAlpha(format) : format);
+    else
+        prepared.pixels = image.pixels;
+    return prepared;
 }
 
 }  // namespace
@@ -114,16 +121,18 @@ void UseCMYKProfileForThisRun(CColorManager& manager, const std::string& profile
 }
 
 SImage ToWorkingSpace(CColorManager& manager, const SImage& image, CStatusControl*) {
-    SImage working = Prepared(image);
-    const uint32_t space = ColourSpaceOf(working.iccProfile);
-    if (space == kRGB && !CVPixelFormat::IsGreyscale(image.pixels.GetPixelFormat())) {
-        CProfileInMemory profile(working.iccProfile, "the image");
-        if (!manager.CompareProfileVersusWorkingSpace(profile.Reader()))
-            TransformIntoWorkingSpace(manager, working, profile);
-    } else if (space != 0 && space != kRGB && space != kGray) {
+    const uint32_t space = ColourSpaceOf(image.iccProfile);
+    const bool grey = CVPixelFormat::IsGreyscale(image.pixels.GetPixelFormat());
+    if (space != 0 && space != kRGB && space != kGray)
         throw CCliError(EExit::WrongProfile, "the image's embedded profile is " + SignatureText(space) +
                                                  ", which does not fit its " + DescribeLayout(image) + " pixels");
+    std::unique_ptr<CProfileInMemory> profile;
+    if (space == kRGB && !grey && !image.cmyk) {
+        profile = std::make_unique<CProfileInMemory>(image.iccProfile, "the image");
+        if (manager.CompareProfileVersusWorkingSpace(profile->Reader())) profile.reset();
     }
+    SImage working = Prepared(image, profile != nullptr);
+    if (profile) TransformIntoWorkingSpace(manager, working, *profile);
     working.iccProfile = WorkingSpaceProfile(manager).bytes;
     return working;
 }
@@ -184,7 +193,7 @@ SImage CombinePacked(CColorManager& manager, const SImage& cmyk, CStatusControl*
 
 SImage ConvertImage(CColorManager& manager, const SImage& image, const std::string& assumedSource,
                     CStatusControl*) {
-    SImage working = Prepared(image);
+    SImage working = Prepared(image, true);
     std::vector<uint8_t> source = working.iccProfile;
     if (!assumedSource.empty() && source.empty()) source = LoadProfileSource(assumedSource, &manager).bytes;
     if (source.empty())

@@ -1,6 +1,8 @@
 #include "cli/PlateFiles.h"
 
+#include <exception>
 #include <filesystem>
+#include <thread>
 
 #include "cli/imageio/ImageFile.h"
 
@@ -20,18 +22,26 @@ std::array<std::string, 4> PlatePaths(const std::string& pattern) {
 std::vector<std::string> WritePlates(const std::string& pattern, const std::array<SImage, 4>& plates,
                                      CStatusControl* status) {
     const auto paths = PlatePaths(pattern);
-    std::vector<std::string> written;
-    try {
-        for (size_t i = 0; i < 4; ++i) {
-            WriteImage(paths[i], plates[i], status);
-            written.push_back(paths[i]);
-        }
-    } catch (...) {
+    // The four files are independent: written side by side, the first plate reporting progress.
+    std::array<std::exception_ptr, 4> failures;
+    std::vector<std::thread> writers;
+    for (size_t i = 0; i < 4; ++i)
+        writers.emplace_back([&, i] {
+            try {
+                WriteImage(paths[i], plates[i], i == 0 ? status : nullptr);
+            } catch (...) {
+                failures[i] = std::current_exception();
+            }
+        });
+    for (std::thread& writer : writers) writer.join();
+    for (const std::exception_ptr& failure : failures) {
+        if (!failure) continue;
         std::error_code ignored;
-        for (const std::string& path : written) std::filesystem::remove(path, ignored);
-        throw;
+        for (size_t i = 0; i < 4; ++i)
+            if (!failures[i]) std::filesystem::remove(paths[i], ignored);
+        std::rethrow_exception(failure);
     }
-    return written;
+    return {paths.begin(), paths.end()};
 }
 
 }  // namespace teskcolor

@@ -12,8 +12,17 @@ CProgressBar::CProgressBar(std::string label)
     if (m_bEnabled) m_status.AttachSink(this);
 }
 
-CProgressBar::~CProgressBar() {
+CProgressBar::~CProgressBar() { Finish(); }
+
+void CProgressBar::Phase(std::string label) {
+    m_label = std::move(label);
+    m_nLastPercent = -1;
+}
+
+void CProgressBar::Finish() {
     if (m_bDrawn) std::fprintf(stderr, "\r\033[K");
+    m_bDrawn = false;
+    m_nLastPercent = -1;
 }
 
 void CProgressBar::OnProgress(long long position, long long range) {

@@ -16,6 +16,10 @@ public:
 
     // The root status control to hand to the imaging library and the module.
     CStatusControl* Status() { return &m_status; }
+    // Names the next phase ("reading", "writing"); the bar starts again from 0.
+    void Phase(std::string label);
+    // Clears the bar so that ordinary output can follow on a clean line.
+    void Finish();
     void OnProgress(long long position, long long range) override;
 
 private:

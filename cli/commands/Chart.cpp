@@ -29,6 +29,7 @@ int RunChart(const Args& args) {
     chart.iccProfile = WorkingSpaceProfile(ColourManager()).bytes;
     CProgressBar progress("writing");
     WriteImage(arguments.Positional()[0], chart, progress.Status());
+    progress.Finish();
     std::printf("wrote %s (%d x %d, %s)\n", arguments.Positional()[0].c_str(), width, height,
                 DescribeLayout(chart).c_str());
     return 0;

@@ -34,7 +34,7 @@ int RunCombine(const Args& args) {
     const std::string output = words.back();
     CColorManager& manager = ColourManager();
     if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
-    CProgressBar progress("combine");
+    CProgressBar progress("reading");
 
     std::array<std::string, 4> inputs;
     if (words.size() == 2) {
@@ -42,7 +42,11 @@ int RunCombine(const Args& args) {
         if (std::filesystem::exists(words[0], error)) {
             const SImage packed = ReadImage(words[0], progress.Status());
             if (packed.cmyk) {
-                WriteImage(output, CombinePacked(manager, packed, progress.Status()), progress.Status());
+                progress.Phase("combining");
+                const SImage rgb = CombinePacked(manager, packed, progress.Status());
+                progress.Phase("writing");
+                WriteImage(output, rgb, progress.Status());
+                progress.Finish();
                 std::printf("wrote %s\n", output.c_str());
                 return 0;
             }
@@ -58,7 +62,11 @@ int RunCombine(const Args& args) {
             throw CCliError(EExit::Unsupported, inputs[i] + ": a plate is a grey image, not " + DescribeLayout(plates[i]));
         if (arguments.Has("--ink-amounts")) ComplementPlate(plates[i]);
     }
-    WriteImage(output, CombinePlates(manager, plates, progress.Status()), progress.Status());
+    progress.Phase("combining");
+    const SImage rgb = CombinePlates(manager, plates, progress.Status());
+    progress.Phase("writing");
+    WriteImage(output, rgb, progress.Status());
+    progress.Finish();
     std::printf("wrote %s\n", output.c_str());
     return 0;
 }

@@ -34,10 +34,12 @@ int RunConvert(const Args& args) {
         CString name(ModuleProfileName(profile.file.empty() ? *target : profile.file));
         manager.SetColorWorkingSpace(name);
     }
-    CProgressBar progress("convert");
+    CProgressBar progress("reading");
     const SImage input = ReadImage(arguments.Positional()[0], progress.Status());
     const SImage output = ConvertImage(manager, input, arguments.Value("--from").value_or(""), progress.Status());
+    progress.Phase("writing");
     WriteImage(arguments.Positional()[1], output, progress.Status());
+    progress.Finish();
     std::printf("wrote %s\n", arguments.Positional()[1].c_str());
     return 0;
 }

@@ -30,11 +30,13 @@ int RunProof(const Args& args) {
     CColorManager& manager = ColourManager();
     const int intent = int(arguments.Number("--intent", 0, 3).value_or(manager.GetLCSIntent()));
     const int proofIntent = int(arguments.Number("--proof-intent", 0, 3).value_or(1));
-    CProgressBar progress("proof");
+    CProgressBar progress("reading");
     const SImage input = ReadImage(arguments.Positional()[0], progress.Status());
     const SImage display = ProofImage(manager, input, arguments.Value("--proof-profile").value_or(""), intent,
                                       proofIntent, progress.Status());
+    progress.Phase("writing");
     WriteImage(arguments.Positional()[1], display, progress.Status());
+    progress.Finish();
     std::printf("wrote %s\n", arguments.Positional()[1].c_str());
     return 0;
 }

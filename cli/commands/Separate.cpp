@@ -39,15 +39,22 @@ int RunSeparate(const Args& args) {
     CColorManager& manager = ColourManager();
     if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
 
-    CProgressBar progress("separate");
+    CProgressBar progress("reading");
     const SImage input = ReadImage(arguments.Positional()[0], progress.Status());
+    progress.Phase("separating");
     if (packed) {
-        WriteImage(output, SeparateToPacked(manager, input, progress.Status()), progress.Status());
+        const SImage cmyk = SeparateToPacked(manager, input, progress.Status());
+        progress.Phase("writing");
+        WriteImage(output, cmyk, progress.Status());
+        progress.Finish();
         std::printf("wrote %s\n", output.c_str());
         return 0;
     }
     auto plates = SeparateToPlates(manager, input, arguments.Has("--invert"), progress.Status());
-    for (const std::string& written : WritePlates(output, plates, progress.Status())) std::printf("wrote %s\n", written.c_str());
+    progress.Phase("writing");
+    const auto written = WritePlates(output, plates, progress.Status());
+    progress.Finish();
+    for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
     return 0;
 }
 

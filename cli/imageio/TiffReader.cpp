@@ -1,6 +1,7 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -122,9 +123,12 @@ void ReadStrips(TIFF* tif, const SLayout& layout, CRowIterator& pixels, const st
     for (int plane = 0; plane < planeCount; ++plane) {
         for (uint32_t y = 0; y < layout.height; ++y) {
             if (status) status->SetProgress(static_cast<long long>(plane) * layout.height + y);
-            if (TIFFReadScanline(tif, buffer.data(), y, uint16_t(plane)) < 0)
-                Corrupt(name, "truncated or corrupt TIFF data at row " + std::to_string(y));
             BYTE* row = pixels.GetRow(int(y));
+            // A contiguous row that fits the image's row is decoded in place.
+            const bool direct = !planes && size_t(scanline) <= size_t(std::abs(pixels.GetStride()));
+            if (TIFFReadScanline(tif, direct ? row : buffer.data(), y, uint16_t(plane)) < 0)
+                Corrupt(name, "truncated or corrupt TIFF data at row " + std::to_string(y));
+            if (direct) continue;
             if (!planes) {
                 std::memcpy(row, buffer.data(), rowBytes);
                 continue;
