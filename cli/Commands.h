@@ -19,6 +19,10 @@ int RunSettings(const Args& args);
 int RunMakeProfile(const Args& args);
 int RunChart(const Args& args);
 int RunDemo(const Args& args);
+int RunGamma(const Args& args);
+int RunView(const Args& args);
+int RunPrint(const Args& args);
+int RunSetup(const Args& args);
 
 struct SCommand {
     const char* name;

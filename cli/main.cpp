@@ -20,6 +20,10 @@ const std::vector<SCommand>& AllCommands() {
         {"make-profile", "write an RGB display profile", RunMakeProfile},
         {"chart", "make a colour test chart image", RunChart},
         {"demo", "chart, separation, recombination and proof in one folder", RunDemo},
+        {"gamma", "load a profile's calibration into the display's gamma ramp, restore it", RunGamma},
+        {"view", "show an image colour-managed in an X11 window", RunView},
+        {"print", "print an image through the printer's profile", RunPrint},
+        {"setup", "the colour-matching dialog; its choices become the settings", RunSetup},
     };
     return commands;
 }
