@@ -9,8 +9,11 @@
 
 #ifdef __GNUC__
 #define TESK_WIN32_API extern "C" __attribute__((visibility("default")))
+// Linux-only helpers with C++ types in their signatures.
+#define TESK_WIN32_CXX_API __attribute__((visibility("default")))
 #else
 #define TESK_WIN32_API extern "C"
+#define TESK_WIN32_CXX_API
 #endif
 
 #define WINAPI

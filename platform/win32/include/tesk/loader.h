@@ -20,24 +20,24 @@ struct Substitute {
 };
 
 // Applies to later LoadLibraryW calls of `windowsName` (case-insensitive).
-TESK_WIN32_API void SetSubstitute(const std::wstring& windowsName, const Substitute& substitute);
-TESK_WIN32_API void ClearSubstitutes();
+TESK_WIN32_CXX_API void SetSubstitute(const std::wstring& windowsName, const Substitute& substitute);
+TESK_WIN32_CXX_API void ClearSubstitutes();
 
 // The real export, bypassing any substitute: how a recording substitute forwards.
-TESK_WIN32_API FARPROC RealProcAddress(const std::wstring& windowsName, const char* exportName);
+TESK_WIN32_CXX_API FARPROC RealProcAddress(const std::wstring& windowsName, const char* exportName);
 
 // Called for every LoadLibraryW ("load") and FreeLibrary ("free") with the
 // module's Windows name and whether the call succeeded.
 using Observer = std::function<void(const char* call, const std::wstring& windowsName, bool ok)>;
-TESK_WIN32_API void SetObserver(Observer observer);
+TESK_WIN32_CXX_API void SetObserver(Observer observer);
 
 // Linux path of the shared object that provides `windowsName`, or "" if none.
-TESK_WIN32_API std::string ResolveModulePath(const std::wstring& windowsName);
+TESK_WIN32_CXX_API std::string ResolveModulePath(const std::wstring& windowsName);
 
 }  // namespace tesk::loader
 
 namespace tesk::loader {
 // The module handle of the shared object that holds `address` (a module's
 // own code asks with the address of one of its functions).
-TESK_WIN32_API HMODULE HandleForAddress(const void* address);
+TESK_WIN32_CXX_API HMODULE HandleForAddress(const void* address);
 }  // namespace tesk::loader

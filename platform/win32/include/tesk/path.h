@@ -8,12 +8,12 @@
 #include "../windef.h"
 
 namespace tesk::path {
-TESK_WIN32_API std::string ToNative(const wchar_t* windowsPath);
-TESK_WIN32_API std::wstring ToWindows(const std::string& nativePath);
-TESK_WIN32_API std::string Utf8(const std::wstring& text);
-TESK_WIN32_API std::wstring Wide(const std::string& utf8);
+TESK_WIN32_CXX_API std::string ToNative(const wchar_t* windowsPath);
+TESK_WIN32_CXX_API std::wstring ToWindows(const std::string& nativePath);
+TESK_WIN32_CXX_API std::string Utf8(const std::wstring& text);
+TESK_WIN32_CXX_API std::wstring Wide(const std::string& utf8);
 // $XDG_CONFIG_HOME/teskcolor (default ~/.config/teskcolor), created on demand.
-TESK_WIN32_API std::string ConfigDirectory();
+TESK_WIN32_CXX_API std::string ConfigDirectory();
 // Writes `bytes` to `nativePath` through a temporary file and a rename.
-TESK_WIN32_API bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes);
+TESK_WIN32_CXX_API bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes);
 }  // namespace tesk::path
