@@ -15,7 +15,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 #include "icc/ICCReadColorProfile.h"
@@ -221,11 +220,11 @@ std::string IccDump(const fs::path& profile, const char* tag) {
 }
 
 bool IccDumpXYZ(const std::string& output, SMyXYZNumber& xyz) {
-    std::smatch match;
-    static const std::regex number(R"(\n\s+0:\s+([-0-9.]+), ([-0-9.]+), ([-0-9.]+))");
-    if (!std::regex_search(output, match, number)) return false;
-    xyz = {std::stod(match[1]), std::stod(match[2]), std::stod(match[3])};
-    return true;
+    std::istringstream lines(output);
+    std::string line;
+    while (std::getline(lines, line))
+        if (std::sscanf(line.c_str(), " 0: %lf, %lf, %lf", &xyz.X, &xyz.Y, &xyz.Z) == 3) return true;
+    return false;
 }
 
 // The lines "    0x0000: text" that follow `heading`, joined.
@@ -236,9 +235,9 @@ bool IccDumpText(const std::string& output, const std::string& heading, std::str
     text.clear();
     std::istringstream lines(output.substr(at + 1));
     std::string line;
-    static const std::regex textLine(R"(^    0x[0-9a-f]{4}: (.*)$)");
-    std::smatch match;
-    while (std::getline(lines, line) && std::regex_match(line, match, textLine)) text += match[1].str();
+    while (std::getline(lines, line) && line.size() >= 12 && line.compare(0, 6, "    0x") == 0 &&
+           line.compare(10, 2, ": ") == 0)
+        text += line.substr(12);
     return true;
 }
 
