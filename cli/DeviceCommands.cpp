@@ -253,7 +253,8 @@ constexpr const char* kViewHelp =
     "the working space) through the display transform to the monitor profile. Needs\n"
     "an X display (DISPLAY). q or Escape closes the window.\n"
     "  --screenshot FILE   write what the window shows to FILE (TIFF, PNG or JPEG)\n"
-    "  --timeout S         close the window after S seconds\n";
+    "  --timeout S         close the window S seconds after it is first drawn\n"
+    "                      (0: at once, after the screenshot)\n";
 
 }  // namespace
 
@@ -296,9 +297,10 @@ int RunView(const Args& args) {
         WriteImage(*screenshot, shot);
         captured = true;
     };
-    window.Run(timeout, paint, afterFirstPaint);
+    if (!window.Run(timeout, paint, afterFirstPaint))
+        throw CCliError(EExit::Failed, "the window was never shown on the display");
     if (!drawn) throw CCliError(EExit::Failed, path + ": the image could not be drawn in the window");
-    if (screenshot && !captured) throw CCliError(EExit::Failed, "the window was never shown: no screenshot");
+    if (screenshot && !captured) throw CCliError(EExit::Failed, "no screenshot was taken");
     if (screenshot) std::printf("wrote %s\n", screenshot->c_str());
     return 0;
 }

@@ -57,13 +57,15 @@ void CX11Window::Show() {
     XSync(m_state->display, False);
 }
 
-void CX11Window::Run(double timeoutSeconds, const std::function<void()>& paint,
+bool CX11Window::Run(double timeoutSeconds, const std::function<void()>& paint,
                      const std::function<void()>& afterFirstPaint) {
     using Clock = std::chrono::steady_clock;
+    auto after = [](double seconds) {
+        return Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+    };
     Display* x = m_state->display;
-    const auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                             std::chrono::duration<double>(timeoutSeconds < 0 ? 0 : timeoutSeconds));
     bool painted = false;
+    auto deadline = after(kExposeLimitSeconds);
     for (;;) {
         while (XPending(x)) {
             XEvent event;
@@ -74,21 +76,22 @@ void CX11Window::Run(double timeoutSeconds, const std::function<void()>& paint,
                 if (!painted) {
                     painted = true;
                     afterFirstPaint();
+                    if (timeoutSeconds >= 0) deadline = after(timeoutSeconds);
                 }
             } else if (event.type == KeyPress) {
                 const KeySym key = XLookupKeysym(&event.xkey, 0);
-                if (key == XK_q || key == XK_Escape) return;
+                if (key == XK_q || key == XK_Escape) return painted;
             } else if (event.type == ClientMessage &&
                        static_cast<Atom>(event.xclient.data.l[0]) == m_state->deleteWindow) {
-                return;
+                return painted;
             } else if (event.type == DestroyNotify) {
-                return;
+                return painted;
             }
         }
         int waitMs = -1;
-        if (timeoutSeconds >= 0) {
+        if (!painted || timeoutSeconds >= 0) {
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-            if (left <= 0) return;
+            if (left <= 0) return painted;
             waitMs = int(std::min<long long>(left, 1000));
         }
         pollfd connection{ConnectionNumber(x), POLLIN, 0};

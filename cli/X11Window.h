@@ -24,9 +24,12 @@ public:
     HWND Handle() const;
     void Show();
     // Runs until the window is closed (q, Escape, the window manager) or
-    // `timeoutSeconds` pass (< 0: no limit). `paint` runs for every exposure;
-    // `afterFirstPaint` once, when the first painting has reached the server.
-    void Run(double timeoutSeconds, const std::function<void()>& paint, const std::function<void()>& afterFirstPaint);
+    // `timeoutSeconds` have passed since it was first painted (< 0: no limit).
+    // `paint` runs for every exposure; `afterFirstPaint` once, when the first
+    // painting has reached the server. False when the window was never exposed
+    // within kExposeLimitSeconds.
+    static constexpr double kExposeLimitSeconds = 20;
+    bool Run(double timeoutSeconds, const std::function<void()>& paint, const std::function<void()>& afterFirstPaint);
     // The window's pixels as 8-bit RGB (B, G, R bytes).
     CRowIterator Capture() const;
 

@@ -1,0 +1,287 @@
+// teskcolor's device commands run as a user runs them: gamma, view and setup
+// on an Xvfb server of the test's own, print to a test printer and through a
+// CUPS scheduler of the test's own.
+#include <lcms2.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <cstring>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+#include "cli/imageio/ImageFile.h"
+#include "host/imaging/RowIteratorBands.h"
+#include "cups_server.h"
+#include "display.h"
+#include "manager_test_support.h"
+#include "xvfb_server.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct SRun {
+    int code = -1;
+    std::string output;
+};
+
+SRun Teskcolor(const std::string& arguments) {
+    SRun run;
+    const std::string command = TESK_BINARY_DIR "/bin/teskcolor " + arguments + " 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return run;
+    char buffer[512];
+    while (fgets(buffer, sizeof buffer, pipe)) run.output += buffer;
+    const int status = pclose(pipe);
+    run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return run;
+}
+
+std::string Quoted(const std::string& text) { return "'" + text + "'"; }
+
+std::string ReadText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// A 48 x 32 RGB image of six flat blocks, mid-tones that a gamma change moves.
+const BYTE kBlocks[6][3] = {{60, 120, 200}, {200, 90, 40}, {128, 128, 128},
+                            {30, 180, 90},  {240, 200, 20}, {90, 60, 150}};  // B, G, R
+
+void WriteBlocks(const std::string& path) {
+    teskcolor::SImage image;
+    CRowIteratorBands::CreateRGB(image.pixels, 48, 32);
+    for (int y = 0; y < 32; ++y)
+        for (int x = 0; x < 48; ++x) std::memcpy(image.pixels.GetRow(y, x), kBlocks[(y / 16) * 3 + x / 16], 3);
+    teskcolor::WriteImage(path, image);
+}
+
+class DeviceCommandTest : public colormgr_test::ManagerTest {
+protected:
+    void SetUp() override {
+        ManagerTest::SetUp();
+        ::setenv("TESK_TEST_PRINTERS", "", 1);  // no printers unless a test names some
+        ::setenv("CUPS_SERVER", (env_.Root() + "/no-cups.sock").c_str(), 1);
+        input_ = env_.Root() + "/blocks.tif";
+        WriteBlocks(input_);
+    }
+    void TearDown() override {
+        ::unsetenv("TESK_TEST_PRINTERS");
+        ::unsetenv("TESK_TEST_PRINTER_SPOOL");
+        ::unsetenv("CUPS_SERVER");
+        ManagerTest::TearDown();
+    }
+    std::string input_;
+};
+
+class DisplayCommandTest : public DeviceCommandTest {
+protected:
+    void SetUp() override {
+        DeviceCommandTest::SetUp();
+        server_ = std::make_unique<tesk::test::XvfbServer>(800, 600);
+        if (!server_->Running()) GTEST_SKIP() << "Xvfb is not available";
+        ::setenv("DISPLAY", server_->Name().c_str(), 1);
+        ::setenv("XDG_CACHE_HOME", (env_.Root() + "/cache").c_str(), 1);
+        ::setenv("NO_AT_BRIDGE", "1", 1);
+        tesk::display::Reset();
+    }
+    void TearDown() override {
+        if (driver_.joinable()) driver_.join();
+        tesk::display::Reset();
+        server_.reset();
+        ::unsetenv("DISPLAY");
+        ::unsetenv("XDG_CACHE_HOME");
+        DeviceCommandTest::TearDown();
+    }
+    std::vector<uint16_t> DisplayRamp() {
+        std::vector<uint16_t> ramp(768, 0);
+        HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
+        EXPECT_TRUE(::GetDeviceGammaRamp(dc, ramp.data()));
+        ::DeleteDC(dc);
+        return ramp;
+    }
+    void SetDisplayRamp(std::vector<uint16_t> ramp) {
+        HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
+        EXPECT_TRUE(::SetDeviceGammaRamp(dc, ramp.data()));
+        ::DeleteDC(dc);
+    }
+
+    std::unique_ptr<tesk::test::XvfbServer> server_;
+    std::thread driver_;
+};
+
+void ExpectRampNear(const std::vector<uint16_t>& actual, const std::vector<uint16_t>& expected) {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (size_t i = 0; i < actual.size(); ++i) ASSERT_NEAR(actual[i], expected[i], 1) << "entry " << i;
+}
+
+}  // namespace
+
+TEST_F(DeviceCommandTest, WithoutADisplayViewAndSetupSayWhy) {
+    SRun view = Teskcolor("view " + Quoted(input_));
+    EXPECT_EQ(view.code, 1);
+    EXPECT_NE(view.output.find("DISPLAY is not set"), std::string::npos) << view.output;
+    SRun setup = Teskcolor("setup");
+    EXPECT_EQ(setup.code, 1);
+    EXPECT_NE(setup.output.find("DISPLAY is not set"), std::string::npos) << setup.output;
+    EXPECT_EQ(Teskcolor("gamma").code, 2);
+    EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "nothing was loaded";
+}
+
+TEST_F(DisplayCommandTest, GammaLoadSetsTheProfilesTableAndRestoreTheRampBeforeIt) {
+    std::vector<uint16_t> identity(768);
+    for (size_t i = 0; i < 768; ++i) identity[i] = uint16_t((i % 256) * 257);
+    SetDisplayRamp(identity);
+
+    const std::vector<uint16_t> table = colormgr_test::TestRamp(256, 1000);
+    const std::string calibrated = env_.Root() + "/calibrated.icc";
+    colormgr_test::WriteRgbProfile(calibrated, 2.2, table);
+    SRun load = Teskcolor("gamma load " + Quoted(calibrated));
+    ASSERT_EQ(load.code, 0) << load.output;
+    ExpectRampNear(DisplayRamp(), table);
+    // A second load keeps the ramp from before the first for restore.
+    colormgr_test::WriteRgbProfile(calibrated, 2.2, colormgr_test::TestRamp(256, 3000));
+    ASSERT_EQ(Teskcolor("gamma load " + Quoted(calibrated)).code, 0);
+
+    SRun restore = Teskcolor("gamma restore");
+    ASSERT_EQ(restore.code, 0) << restore.output;
+    ExpectRampNear(DisplayRamp(), identity);
+    EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "a ramp is restored once";
+
+    // A table of 16 entries a channel is interpolated to the ramp's 256.
+    std::vector<uint16_t> coarse;
+    for (int channel = 0; channel < 3; ++channel)
+        for (int i = 0; i < 16; ++i) coarse.push_back(uint16_t(i * 4369));
+    colormgr_test::WriteRgbProfile(calibrated, 2.2, coarse);
+    ASSERT_EQ(Teskcolor("gamma load " + Quoted(calibrated)).code, 0);
+    ExpectRampNear(DisplayRamp(), identity);
+
+    const std::string plain = env_.Root() + "/plain.icc";
+    colormgr_test::WriteRgbProfile(plain, 2.2);
+    SRun none = Teskcolor("gamma load " + Quoted(plain));
+    EXPECT_EQ(none.code, 6);
+    EXPECT_NE(none.output.find("no vcgt"), std::string::npos);
+}
+
+TEST_F(DisplayCommandTest, AVcgtThatEndsAtItsTagsEndLoadsWhole) {
+    const std::string bluish = "/usr/share/color/icc/colord/Bluish.icc";
+    if (!fs::exists(bluish)) GTEST_SKIP() << "colord-data is not installed";
+    ASSERT_EQ(Teskcolor("gamma load " + bluish).code, 0);
+    const std::vector<uint16_t> ramp = DisplayRamp();
+    EXPECT_NEAR(ramp[767], 65279, 1) << "the table's last value is read, not taken as zero";
+    EXPECT_NEAR(ramp[255], 45695, 1);
+}
+
+TEST_F(DisplayCommandTest, ViewShowsTheImageThroughTheDisplayTransform) {
+    const std::string monitor = env_.Root() + "/Monitor.icc";
+    colormgr_test::WriteRgbProfile(monitor, 1.8);
+    ASSERT_EQ(Teskcolor("settings set monitor-profile " + Quoted(monitor)).code, 0);
+    const std::string shot = env_.Root() + "/shot.png";
+    SRun view = Teskcolor("view --screenshot " + Quoted(shot) + " --timeout 0 " + Quoted(input_));
+    ASSERT_EQ(view.code, 0) << view.output;
+
+    // The reference: Little CMS from the working space to the monitor profile.
+    cmsHPROFILE working = cmsOpenProfileFromFile((ColorDir() + "/sRGB Color Space Profile.icm").c_str(), "r");
+    cmsHPROFILE target = cmsOpenProfileFromFile(monitor.c_str(), "r");
+    ASSERT_NE(working, nullptr);
+    cmsHTRANSFORM transform = cmsCreateTransform(working, TYPE_BGR_8, target, TYPE_BGR_8, INTENT_PERCEPTUAL, 0);
+    cmsCloseProfile(working);
+    cmsCloseProfile(target);
+
+    teskcolor::SImage screenshot = teskcolor::ReadImage(shot);
+    ASSERT_EQ(screenshot.pixels.GetWidth(), 48);
+    ASSERT_EQ(screenshot.pixels.GetHeight(), 32);
+    bool moved = false;
+    for (int block = 0; block < 6; ++block) {
+        BYTE expected[3];
+        cmsDoTransform(transform, kBlocks[block], expected, 1);
+        const BYTE* shown = screenshot.pixels.GetRow((block / 3) * 16 + 8, (block % 3) * 16 + 8);
+        for (int c = 0; c < 3; ++c) {
+            EXPECT_NEAR(shown[c], expected[c], 2) << "block " << block << " channel " << c;
+            moved |= std::abs(int(shown[c]) - int(kBlocks[block][c])) > 4;
+        }
+    }
+    cmsDeleteTransform(transform);
+    EXPECT_TRUE(moved) << "gamma 2.2 to 1.8 moves mid-tones";
+}
+
+TEST_F(DisplayCommandTest, SetupSavesWhatTheDialogAccepts) {
+    if (std::system("command -v xdotool >/dev/null 2>&1") != 0) GTEST_SKIP() << "xdotool is not available";
+    auto drive = [](const std::string& keys) {
+        return std::thread([keys] {
+            const std::string find =
+                "timeout 20 xdotool search --sync --onlyvisible --name 'Colour Management' | head -1";
+            std::string window;
+            if (FILE* pipe = popen(find.c_str(), "r")) {
+                char buffer[64] = {};
+                if (fgets(buffer, sizeof buffer, pipe)) window = buffer;
+                pclose(pipe);
+            }
+            while (!window.empty() && (window.back() == '\n')) window.pop_back();
+            if (window.empty()) return;
+            std::system(("xdotool windowfocus --sync " + window + " >/dev/null 2>&1").c_str());
+            std::system(("xdotool key --delay 100 " + keys + " >/dev/null 2>&1").c_str());
+        });
+    };
+
+    driver_ = drive("Escape");
+    SRun cancelled = Teskcolor("setup");
+    driver_.join();
+    EXPECT_EQ(cancelled.code, 0) << cancelled.output;
+    int intent = -1;
+    colormgr_test::StoredInt(177, intent);
+    EXPECT_EQ(intent, 0);
+
+    driver_ = drive("Down alt+o");  // the rendering intent has the focus: the next one, then OK
+    SRun accepted = Teskcolor("setup");
+    driver_.join();
+    ASSERT_EQ(accepted.code, 0) << accepted.output;
+    ASSERT_TRUE(colormgr_test::StoredInt(177, intent));
+    EXPECT_EQ(intent, 1);
+    int mode = -1;
+    ASSERT_TRUE(colormgr_test::StoredInt(170, mode));
+    EXPECT_EQ(mode, 1);
+}
+
+TEST_F(DeviceCommandTest, PrintingReachesTheDefaultPrinter) {
+    const std::string spool = env_.Root() + "/spool";
+    ::setenv("TESK_TEST_PRINTERS", ("Office=" + tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc")).c_str(), 1);
+    ::setenv("TESK_TEST_PRINTER_SPOOL", spool.c_str(), 1);
+    SRun print = Teskcolor("print --title 'Blocks proof' " + Quoted(input_));
+    ASSERT_EQ(print.code, 0) << print.output;
+    EXPECT_NE(print.output.find("on Office"), std::string::npos);
+    ASSERT_TRUE(fs::exists(spool));
+    std::string document;
+    for (const auto& entry : fs::directory_iterator(spool)) document = ReadText(entry.path());
+    EXPECT_EQ(document.rfind("%PDF", 0), 0u);
+    EXPECT_NE(document.find("Blocks proof"), std::string::npos);
+
+    ::setenv("TESK_TEST_PRINTERS", "", 1);
+    SRun nowhere = Teskcolor("print " + Quoted(input_));
+    EXPECT_EQ(nowhere.code, 3) << nowhere.output;
+}
+
+TEST_F(DeviceCommandTest, PrintingThroughCupsArrivesAsAJob) {
+    ::unsetenv("TESK_TEST_PRINTERS");
+    auto server = std::make_unique<tesk::test::CupsServer>();
+    if (!server->Running()) GTEST_SKIP() << "CUPS is not available";
+    const std::string profile = env_.Root() + "/printer.icc";
+    colormgr_test::WriteRgbProfile(profile, 2.2);
+    ASSERT_TRUE(server->AddQueue("Proofer", profile, true));
+
+    SRun print = Teskcolor("print --title 'Blocks by CUPS' " + Quoted(input_));
+    ASSERT_EQ(print.code, 0) << print.output;
+    std::string text;
+    for (int i = 0; i < 150 && text.find("%%EOF") == std::string::npos; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        text = ReadText(server->OutputOf("Proofer"));
+    }
+    EXPECT_EQ(text.rfind("%PDF", 0), 0u) << ReadText(server->Folder() + "/error_log");
+    EXPECT_NE(text.find("Blocks by CUPS"), std::string::npos);
+}
