@@ -315,6 +315,15 @@ constexpr const char* kPrintHelp =
     "  --printer NAME   another printer than the default one\n"
     "  --title TEXT     the job's title (default: the image's file name)\n";
 
+// The file name of the profile a device context uses, "" for none.
+std::string ProfileOfContext(HDC dc) {
+    wchar_t path[MAX_PATH + 1] = {};
+    DWORD size = MAX_PATH;
+    if (!::GetICMProfileW(dc, &size, path)) return "";
+    path[MAX_PATH] = 0;
+    return std::filesystem::path(tesk::path::ToNative(path)).filename().string();
+}
+
 std::wstring DefaultPrinter() {
     wchar_t name[520] = {};
     DWORD size = 520;
@@ -348,9 +357,12 @@ int RunPrint(const Args& args) {
 
     const std::wstring title =
         tesk::path::Wide(arguments.Value("--title").value_or(std::filesystem::path(path).filename().string()));
-    bool printed = false;
+    bool printed = false, matched = false;
+    std::string matchedWith;
     {
         DevicePtr device(new CVDeviceContext(dc, true));
+        matched = ::SetICMMode(dc, ICM_QUERY) == ICM_ON;
+        if (matched) matchedWith = ProfileOfContext(dc);
         DOCINFOW document{sizeof(DOCINFOW), title.c_str(), nullptr, nullptr, 0};
         if (::StartDocW(dc, &document) > 0) {
             if (::StartPage(dc) > 0) {
@@ -371,6 +383,11 @@ int RunPrint(const Args& args) {
     ::DeleteDC(dc);
     if (!printed) throw CCliError(EExit::Failed, "printing failed");
     std::printf("printed %s on %s\n", path.c_str(), tesk::path::ToNative(printer.c_str()).c_str());
+    if (matched)
+        std::printf("colour-matched to the printer profile %s\n", matchedWith.c_str());
+    else if (manager.GetMode() == VCM_MODE_PROFILES)
+        std::printf("not colour-matched: the printer's profile is not installed in the colour directory\n"
+                    "(see 'teskcolor profiles --help')\n");
     return 0;
 }
 

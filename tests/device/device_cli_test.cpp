@@ -261,6 +261,15 @@ TEST_F(DeviceCommandTest, PrintingReachesTheDefaultPrinter) {
     for (const auto& entry : fs::directory_iterator(spool)) document = ReadText(entry.path());
     EXPECT_EQ(document.rfind("%PDF", 0), 0u);
     EXPECT_NE(document.find("Blocks proof"), std::string::npos);
+    EXPECT_NE(print.output.find("not colour-matched"), std::string::npos) << "the driver's profile is elsewhere";
+
+    // Installed in the colour directory, the printer's profile is switched on for the job.
+    fs::copy_file(tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc"),
+                  ColorDir() + "/ISO Coated (FOGRA39).icc");
+    print = Teskcolor("print " + Quoted(input_));
+    ASSERT_EQ(print.code, 0) << print.output;
+    EXPECT_NE(print.output.find("colour-matched to the printer profile ISO Coated (FOGRA39).icc"), std::string::npos)
+        << print.output;
 
     ::setenv("TESK_TEST_PRINTERS", "", 1);
     SRun nowhere = Teskcolor("print " + Quoted(input_));

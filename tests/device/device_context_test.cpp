@@ -46,6 +46,12 @@ TEST_F(DeviceTest, InterfacesAndReferenceCounts) {
     vcom::IVObjectInfo* info = object;
     EXPECT_EQ(info->GetThis(), static_cast<void*>(object));
 
+    // A copy is another object with the same context and a count of its own.
+    CVDeviceContext copy(*object);
+    EXPECT_EQ(copy.ReferenceCount(), 1u);
+    EXPECT_EQ(copy.GetHDC(), object->GetHDC());
+    EXPECT_EQ(copy.IsManaged(), object->IsManaged());
+
     IVDeviceContext* device = object;
     EXPECT_EQ(device->Release(), 2u);
     EXPECT_EQ(device->AddRef(), 3u);
