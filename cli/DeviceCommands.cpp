@@ -186,16 +186,17 @@ int RunGamma(const Args& args) {
     const std::string action = words.empty() ? "" : words[0];
     if (action == "show") {
         arguments.ExpectPositional(1, "gamma show [--all]");
-        ColourManager();  // the display as the module finds it
         PrintRamp(ReadDisplayRamp(), arguments.Has("--all"));
         if (ReadSavedRamp()) std::printf("a ramp saved by 'gamma load' waits for 'gamma restore'\n");
         return 0;
     }
     if (action == "load") {
         arguments.ExpectPositional(2, "gamma load PROFILE");
+        // Read before the manager starts: it loads the monitor profile's own table.
+        const SRamp before = ReadDisplayRamp();
         CColorManager& manager = ColourManager();
         SRamp ramp = RampOfProfile(manager, words[1]);
-        SaveRampOnce(ReadDisplayRamp());
+        SaveRampOnce(before);
         if (!manager.SetDeviceGammaRampFromVCGT(nullptr, ramp.data(), int(kRampValues), false))
             throw CCliError(EExit::Failed, "the display refused the gamma ramp");
         std::printf("loaded the vcgt of %s into the display's gamma ramp\n", words[1].c_str());

@@ -130,11 +130,20 @@ TEST_F(DeviceCommandTest, WithoutADisplayViewAndSetupSayWhy) {
     SRun setup = Teskcolor("setup");
     EXPECT_EQ(setup.code, 1);
     EXPECT_NE(setup.output.find("DISPLAY is not set"), std::string::npos) << setup.output;
+    for (const char* command : {"gamma", "view", "print", "setup"}) {
+        SRun help = Teskcolor(std::string(command) + " --help");
+        EXPECT_EQ(help.code, 0) << command;
+        EXPECT_EQ(help.output.rfind(std::string("usage: teskcolor ") + command, 0), 0u) << help.output;
+    }
     EXPECT_EQ(Teskcolor("gamma").code, 2);
     EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "nothing was loaded";
 }
 
 TEST_F(DisplayCommandTest, GammaLoadSetsTheProfilesTableAndRestoreTheRampBeforeIt) {
+    // The monitor profile has a table of its own, which the manager loads as it starts.
+    const std::string monitor = env_.Root() + "/monitor.icc";
+    colormgr_test::WriteRgbProfile(monitor, 2.2, colormgr_test::TestRamp(256, 500));
+    ASSERT_EQ(Teskcolor("settings set monitor-profile " + Quoted(monitor)).code, 0);
     std::vector<uint16_t> identity(768);
     for (size_t i = 0; i < 768; ++i) identity[i] = uint16_t((i % 256) * 257);
     SetDisplayRamp(identity);
