@@ -51,7 +51,7 @@ int RunDemo(const Args& args) {
     WritePlates(path("chart.tif"), plates, progress.Status());
     progress.Finish();
     std::printf("2. plates           %s\n", PlatePaths(path("chart.tif"))[0].c_str());
-    for (int i = 1; i < 4; ++i) std::printf("                     %s\n", PlatePaths(path("chart.tif"))[size_t(i)].c_str());
+    for (int i = 1; i < 4; ++i) std::printf("                    %s\n", PlatePaths(path("chart.tif"))[size_t(i)].c_str());
     WriteImage(path("chart-cmyk.tif"), SeparateToPacked(manager, chart, progress.Status()), progress.Status());
     progress.Finish();
     std::printf("   packed CMYK      %s\n", path("chart-cmyk.tif").c_str());
