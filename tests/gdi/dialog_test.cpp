@@ -18,6 +18,13 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
+// GTK, fontconfig and their kin keep process-long caches that the leak
+// checker of sanitizer builds would report; they are not ours.
+extern "C" __attribute__((visibility("default"), used)) const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig.so\nleak:libgtk-3.so\nleak:libgdk-3.so\nleak:libglib-2.0.so\n"
+           "leak:libgobject-2.0.so\nleak:libpango\nleak:libcairo.so\nleak:libharfbuzz.so\n";
+}
+
 namespace tesk::test {
 namespace {
 
