@@ -13,6 +13,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include "cli/Arguments.h"
@@ -456,9 +457,18 @@ int RunSetup(const Args& args) {
 
     // The dialog's owner: a window of ours, never shown.
     CX11Window owner(1, 1, "teskcolor setup");
+    const auto chosen = [&] {
+        return std::make_tuple(enable, proofing, TextOf(monitorName), TextOf(printerName), TextOf(targetName),
+                               intent, proofIntent);
+    };
+    const auto before = chosen();
     if (!manager.ColorMatchUI(owner.Handle(), enable, proofing, monitorName, printerName, targetName, intent,
                               proofIntent))
         throw CCliError(EExit::Failed, "the colour-matching dialog could not be shown");
+    if (chosen() == before) {  // cancelled, or accepted as it was
+        std::printf("nothing changed\n");
+        return 0;
+    }
 
     std::wstring monitorText = TextOf(monitorName) == monitor.GetString() ? L"" : TextOf(monitorName);
     std::wstring printerText = TextOf(printerName), targetText = TextOf(targetName);
