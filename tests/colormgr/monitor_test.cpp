@@ -4,6 +4,8 @@
 #include <tesk/loader.h>
 #include <tesk/path.h>
 
+#include <filesystem>
+
 #include "host/SingletonManager.h"
 #include "manager_test_support.h"
 
@@ -165,4 +167,18 @@ TEST_F(MonitorTest, EnumerationCallbackKeepsFileNamesOnly) {
     ASSERT_EQ(names.size(), 2u);
     EXPECT_EQ(names[0], L"a.icm");
     EXPECT_EQ(names[1], L"a.icm");
+}
+
+TEST_F(MonitorTest, ARealMonitorProfilesCalibrationLoadsDespiteItsDroppedLastValue) {
+    const std::string bluish = "/usr/share/color/icc/colord/Bluish.icc";
+    if (!std::filesystem::exists(bluish)) GTEST_SKIP() << "colord-data is not installed";
+    std::filesystem::copy_file(bluish, ColorDir() + "/Bluish.icc");
+    CColorManager* manager = CColorManager::Instance();
+    CString monitor(L"Bluish.icc");
+    manager->SetMonitorProfile(monitor);
+    const std::vector<uint16_t> ramp = DisplayRamp();
+    // A bluish calibration lifts blue over red through the mid tones; the
+    // table's last value reads as zero, which the display takes.
+    EXPECT_GT(ramp[512 + 128], ramp[128]);
+    EXPECT_EQ(ramp[767], 0);
 }

@@ -52,6 +52,16 @@ TEST_F(GammaTest, DecreasingRampsAreRefusedAndLeaveTheDisplayAlone) {
     ASSERT_TRUE(GetDeviceGammaRamp(dc, read.data()));
     EXPECT_EQ(read, Identity());
 
+    // One step down, as a calibration table whose last value reads as zero gives, is taken.
+    Ramp dropAtEnd = Identity();
+    dropAtEnd[767] = 0;
+    EXPECT_TRUE(SetDeviceGammaRamp(dc, dropAtEnd.data()));
+    ASSERT_TRUE(GetDeviceGammaRamp(dc, read.data()));
+    EXPECT_EQ(read, dropAtEnd);
+    Ramp twoDrops = dropAtEnd;
+    twoDrops[700] = 0;
+    EXPECT_FALSE(SetDeviceGammaRamp(dc, twoDrops.data()));
+
     // A flat ramp (an all-zero saved ramp) is taken.
     Ramp zero{};
     EXPECT_TRUE(SetDeviceGammaRamp(dc, zero.data()));
