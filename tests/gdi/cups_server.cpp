@@ -1,6 +1,7 @@
 #include "cups_server.h"
 
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -50,6 +51,7 @@ CupsServer::CupsServer() {
 
     pid_ = fork();
     if (pid_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);  // the server goes with the test, however it ends
         std::string conf = folder_ + "/cupsd.conf", files = folder_ + "/cups-files.conf";
         execl("/usr/sbin/cupsd", "cupsd", "-f", "-c", conf.c_str(), "-s", files.c_str(), static_cast<char*>(nullptr));
         _exit(127);

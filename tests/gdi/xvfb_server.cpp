@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@ XvfbServer::XvfbServer(int width, int height) {
     pid_ = fork();
     if (pid_ == 0) {
         close(fds[0]);
+        prctl(PR_SET_PDEATHSIG, SIGTERM);  // the server goes with the test, however it ends
         std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
         std::string fd = std::to_string(fds[1]);
         // -noreset keeps the server's state (gamma, properties) between our connections.
