@@ -7,11 +7,13 @@ cd "$(dirname "$0")/.."
 packages=(
   build-essential cmake pkg-config
   liblcms2-dev libtiff-dev libpng-dev libjpeg-dev nlohmann-json3-dev
-  libx11-dev libxrandr-dev
+  libx11-dev libxrandr-dev libcups2-dev libgtk-3-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # Reference tools and real profiles the tests compare against.
   liblcms2-utils libtiff-tools argyll colord-data icc-profiles-free libgs-common
-  xvfb x11-xserver-utils
+  # Real devices the tests start for themselves: an X server, a print
+  # server, and a driver for the colour-matching dialog.
+  xvfb x11-xserver-utils xdotool cups-daemon cups-client
 )
 if [ "$(id -u)" = 0 ]; then sudo=""; else sudo="sudo"; fi
 missing=()
