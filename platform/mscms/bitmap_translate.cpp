@@ -5,18 +5,21 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "bitmap_format.h"
+#include "worker_pool.h"
 #include "transform_handles.h"
 
 namespace tesk::mscms {
 namespace {
 
-// Below this many pixels a second thread costs more than it saves.
-constexpr uint64_t kParallelPixels = uint64_t{1} << 20;
+// Below this many pixels a second thread costs more than it saves; the pool's
+// threads are already running, so a long single row is worth splitting.
+constexpr uint64_t kParallelPixels = 4096;
+constexpr uint64_t kPixelsPerPart = 2048;
+constexpr DWORD kColumnsPerPart = 1024;
 constexpr unsigned kMaxThreads = 8;
 // With a progress callback, rows go in bands of about this many pixels.
 constexpr uint64_t kCallbackBandPixels = uint64_t{1} << 18;
@@ -34,13 +37,14 @@ unsigned ThreadCount(uint64_t pixels) {
     if (unsigned forced = ForcedThreadCount()) return forced;
     if (pixels < kParallelPixels) return 1;
     const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    return static_cast<unsigned>(std::min<uint64_t>({cores, kMaxThreads, pixels / (kParallelPixels / 2)}));
+    return static_cast<unsigned>(std::min<uint64_t>({cores, kMaxThreads, pixels / kPixelsPerPart}));
 }
 
 struct Plane {
     uint8_t* bits;
     uint64_t stride;
     uint64_t rowBytes;
+    uint64_t bytesPerPixel;
 };
 
 // Rows of one bitmap may be split between threads unless the two bitmaps
@@ -52,41 +56,53 @@ bool RowsIndependent(const Plane& in, const Plane& out, DWORD height) {
     return !overlap || (in.bits == out.bits && in.stride == out.stride && out.rowBytes <= in.rowBytes);
 }
 
+// Pixels of one row may be split between threads when each pixel's output
+// overwrites nothing but that pixel's own input.
+bool PixelsIndependent(const Plane& in, const Plane& out, DWORD height) {
+    const uint8_t* inEnd = in.bits + (height - 1) * in.stride + in.rowBytes;
+    const uint8_t* outEnd = out.bits + (height - 1) * out.stride + out.rowBytes;
+    const bool overlap = in.bits < outEnd && out.bits < inEnd;
+    return !overlap || (in.bits == out.bits && in.stride == out.stride && in.bytesPerPixel == out.bytesPerPixel);
+}
+
 class RowTranslator {
 public:
-    RowTranslator(cmsHTRANSFORM transform, Plane in, Plane out, DWORD width, unsigned threads)
-        : transform_(transform), in_(in), out_(out), width_(width), threads_(threads) {}
+    RowTranslator(cmsHTRANSFORM transform, Plane in, Plane out, DWORD width, unsigned threads, bool splitRows,
+                  bool splitColumns)
+        : transform_(transform), in_(in), out_(out), width_(width), threads_(threads), splitRows_(splitRows),
+          splitColumns_(splitColumns) {}
 
-    // Rows [first, first + count) split into equal parts, the first part on
-    // the calling thread. Each row is computed the same way whatever the
-    // split, so the result does not depend on the thread count.
+    // Rows [first, first + count) in equal parts on the pool's threads: by
+    // rows when there are enough of them, else by columns. Every pixel is
+    // computed the same way whatever the split, so the result does not
+    // depend on the thread count.
     void Run(DWORD first, DWORD count) {
-        const unsigned parts = std::min<unsigned>(threads_, count);
-        if (parts <= 1) {
-            Translate(first, count);
-            return;
+        if (threads_ > 1 && splitRows_ && count >= threads_) {
+            const unsigned parts = threads_;
+            WorkerPool::Instance().Run(parts, [&](unsigned part) {
+                const DWORD begin = first + static_cast<DWORD>(uint64_t{count} * part / parts);
+                const DWORD end = first + static_cast<DWORD>(uint64_t{count} * (part + 1) / parts);
+                Translate(begin, end - begin, 0, width_);
+            });
+        } else if (threads_ > 1 && splitColumns_ && width_ >= 2 * kColumnsPerPart) {
+            const unsigned parts = std::min<unsigned>(threads_, width_ / kColumnsPerPart);
+            WorkerPool::Instance().Run(parts, [&](unsigned part) {
+                const DWORD begin = static_cast<DWORD>(uint64_t{width_} * part / parts);
+                const DWORD end = static_cast<DWORD>(uint64_t{width_} * (part + 1) / parts);
+                Translate(first, count, begin, end - begin);
+            });
+        } else {
+            Translate(first, count, 0, width_);
         }
-        std::vector<std::thread> workers;
-        DWORD next = first + count / parts + (count % parts != 0);
-        const DWORD firstPart = next - first;
-        for (unsigned i = 1; i < parts; ++i) {
-            const DWORD rows = count / parts + (i < count % parts);
-            try {
-                workers.emplace_back([this, next, rows] { Translate(next, rows); });
-            } catch (const std::system_error&) {
-                Translate(next, rows);  // no thread to be had: do it here
-            }
-            next += rows;
-        }
-        Translate(first, firstPart);
-        for (std::thread& worker : workers) worker.join();
     }
 
 private:
-    void Translate(DWORD first, DWORD rows) {
-        cmsDoTransformLineStride(transform_, in_.bits + first * in_.stride, out_.bits + first * out_.stride, width_,
-                                 rows, static_cast<cmsUInt32Number>(in_.stride),
-                                 static_cast<cmsUInt32Number>(out_.stride), 0, 0);
+    void Translate(DWORD first, DWORD rows, DWORD column, DWORD columns) {
+        if (rows == 0 || columns == 0) return;
+        cmsDoTransformLineStride(transform_, in_.bits + first * in_.stride + column * in_.bytesPerPixel,
+                                 out_.bits + first * out_.stride + column * out_.bytesPerPixel, columns, rows,
+                                 static_cast<cmsUInt32Number>(in_.stride), static_cast<cmsUInt32Number>(out_.stride),
+                                 0, 0);
     }
 
     cmsHTRANSFORM transform_;
@@ -94,6 +110,8 @@ private:
     Plane out_;
     DWORD width_;
     unsigned threads_;
+    bool splitRows_;
+    bool splitColumns_;
 };
 
 // A stride of 0 means rows padded to 4 bytes. A stride shorter than a row is
@@ -102,7 +120,7 @@ bool MakePlane(PVOID bits, DWORD width, DWORD height, DWORD stride, size_t bytes
     const uint64_t rowBytes = uint64_t{width} * bytesPerPixel;
     const uint64_t step = stride ? stride : (rowBytes + 3) & ~uint64_t{3};
     if (step > UINT32_MAX || (height > 1 && step < rowBytes)) return false;
-    plane = {static_cast<uint8_t*>(bits), step, rowBytes};
+    plane = {static_cast<uint8_t*>(bits), step, rowBytes, bytesPerPixel};
     return true;
 }
 
@@ -148,8 +166,8 @@ BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFO
     }
 
     const uint64_t pixels = uint64_t{dwWidth} * dwHeight;
-    const unsigned threads = RowsIndependent(in, out, dwHeight) ? ThreadCount(pixels) : 1;
-    RowTranslator translator(lcms->Get(), in, out, dwWidth, threads);
+    RowTranslator translator(lcms->Get(), in, out, dwWidth, ThreadCount(pixels), RowsIndependent(in, out, dwHeight),
+                             PixelsIndependent(in, out, dwHeight));
     if (!pfnCallBack) {
         translator.Run(0, dwHeight);
         return TRUE;

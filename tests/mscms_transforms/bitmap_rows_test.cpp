@@ -141,6 +141,33 @@ TEST_F(BitmapRows, ThreadsGiveTheSameBytesAsOneThreadAndAsLcms2) {
     EXPECT_TRUE(run(nullptr, nullptr) == single);
 }
 
+TEST_F(BitmapRows, OneLongRowSplitBetweenThreadsGivesTheSameBytes) {
+    Transform transform = MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC});
+    ASSERT_TRUE(transform);
+    const DWORD width = 6007;  // one row, not a multiple of any split
+    const Bytes in = NoiseBytes(size_t{width} * 3, 9);
+    const Bytes reference = LcmsReference(srgb_, fogra_, TYPE_BGR_8, TYPE_CMYK_8, INTENT_RELATIVE_COLORIMETRIC,
+                                          cmsFLAGS_HIGHRESPRECALC, in, width);
+    for (const char* threads : {"1", "2", "3"}) {
+        setenv("TESK_TRANSLATE_THREADS", threads, 1);
+        Bytes out(size_t{width} * 4);
+        ASSERT_TRUE(TranslateBitmapBits(transform.Get(), const_cast<uint8_t*>(in.data()), BM_RGBTRIPLETS, width, 1,
+                                        0, out.data(), BM_KYMCQUADS, 0, nullptr, 0));
+        EXPECT_TRUE(out == reference) << threads << " threads";
+    }
+    // In place with one layout, each pixel only overwrites itself.
+    Transform same = MakeTransform({&srgb_, &srgb_}, {INTENT_PERCEPTUAL});
+    Bytes inPlace = in;
+    setenv("TESK_TRANSLATE_THREADS", "1", 1);
+    Bytes single = in;
+    ASSERT_TRUE(TranslateBitmapBits(same.Get(), single.data(), BM_RGBTRIPLETS, width, 1, 0, single.data(),
+                                    BM_RGBTRIPLETS, 0, nullptr, 0));
+    setenv("TESK_TRANSLATE_THREADS", "2", 1);
+    ASSERT_TRUE(TranslateBitmapBits(same.Get(), inPlace.data(), BM_RGBTRIPLETS, width, 1, 0, inPlace.data(),
+                                    BM_RGBTRIPLETS, 0, nullptr, 0));
+    EXPECT_TRUE(inPlace == single);
+}
+
 TEST_F(BitmapRows, SixteenBitImagesMatchLcms2) {
     const Bytes adobe = InstalledProfile("/usr/share/color/icc/colord/AdobeRGB1998.icc");
     if (adobe.empty()) GTEST_SKIP() << "colord-data's AdobeRGB1998.icc is not installed";
