@@ -31,11 +31,11 @@ CArguments::CArguments(const std::string& command, const std::vector<std::string
             name = arg.substr(0, equals);
             inlineValue = arg.substr(equals + 1);
         }
-        const SOptionSpec* spec = nullptr;
+        const SOptionSpec* optionSpec = nullptr;
         for (const SOptionSpec& option : options)
-            if (name == option.name) spec = &option;
-        if (!spec) throw CCliError(EExit::Usage, command + ": unknown option " + name + " (see --help)");
-        if (!spec->takesValue) {
+            if (name == option.name) optionSpec = &option;
+        if (!optionSpec) throw CCliError(EExit::Usage, command + ": unknown option " + name + " (see --help)");
+        if (!optionSpec->takesValue) {
             if (inlineValue) throw CCliError(EExit::Usage, command + ": " + name + " takes no value");
             m_flags.insert(name);
         } else if (inlineValue) {

@@ -115,7 +115,7 @@ public:
     bool CompareProfileVersusWorkingSpace(CICCReadColorProfile& profile);
     bool CompareProfileVersusCMYKProfile(CICCReadColorProfile& profile);
     uint16_t GetExifColorSpace();
-    void GetColorSpecRGB(SColorSpecRGB& spec);
+    void GetColorSpecRGB(SColorSpecRGB& colorSpec);
 
     // ---- monitors and gamma ramps
     bool AssociateMonitorProfile(const wchar_t* pszProfile, HWND& hWnd);

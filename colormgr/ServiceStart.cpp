@@ -112,7 +112,7 @@ void CColorManager::ReadColorSettings() {
     if (store.ReadDouble(kSettingGamma2, gamma)) m_dGamma2 = gamma;
 }
 
-// Start-up values of the lent colour specification; a profile-based build
+// Start-up values of the lent RGB colour record; a profile-based build
 // overwrites them from the working space.
 void CColorManager::SetStartupColorSpec() {
     static constexpr double kMatrix[3][3] = {{0.38508309, 0.1430859, 0.43605092},

@@ -151,4 +151,4 @@ uint16_t CColorManager::GetExifColorSpace() {
     return type == kLcsSRGB ? 1 : 0xFFFF;
 }
 
-void CColorManager::GetColorSpecRGB(SColorSpecRGB& spec) { spec = m_colorSpec; }
+void CColorManager::GetColorSpecRGB(SColorSpecRGB& colorSpec) { colorSpec = m_colorSpec; }

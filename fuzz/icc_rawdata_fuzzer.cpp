@@ -53,8 +53,8 @@ void ReadEverything(CICCReadColorProfile& reader, CICCReadColorProfile& other) {
     reader.IsMediaBlackPointSame(other);
     double matrix[9];
     reader.GetChromaticAdaptationTag(matrix);
-    SColorSpecRGB spec{};
-    reader.BuildColorSpecRGB(spec);
+    SColorSpecRGB colorSpec{};
+    reader.BuildColorSpecRGB(colorSpec);
     reader.GetLCSCSType(handle);
     LOGCOLORSPACEW lcs;
     reader.CreateLogColorSpaceFromCurrentProfile(lcs);

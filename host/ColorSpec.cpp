@@ -6,6 +6,6 @@ namespace {
 std::atomic<const SColorSpecRGB*> g_defaultColorSpec{nullptr};
 }
 
-void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* spec) { g_defaultColorSpec.store(spec); }
+void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* colorSpec) { g_defaultColorSpec.store(colorSpec); }
 
 const SColorSpecRGB* VGDI_TeskGDI_GetColorSpec() { return g_defaultColorSpec.load(); }

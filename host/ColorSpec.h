@@ -1,10 +1,10 @@
-// The imaging library's default RGB colour specification: the record its
+// The imaging library's default RGB RGB colour record: the record its
 // colour conversions use when an image brings no profile. The owner (the
 // colour manager) lends its record and withdraws it by handing null.
 #pragma once
 
 struct SColorSpecRGB;
 
-__attribute__((visibility("default"))) void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* spec);
+__attribute__((visibility("default"))) void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* colorSpec);
 // The record currently lent, or null.
 __attribute__((visibility("default"))) const SColorSpecRGB* VGDI_TeskGDI_GetColorSpec();

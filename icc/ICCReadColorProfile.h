@@ -33,7 +33,7 @@ public:
     bool IsMediaWhitePointSame(CICCReadColorProfile& other);
     bool IsMediaBlackPointSame(CICCReadColorProfile& other);
     bool GetChromaticAdaptationTag(double* matrix);
-    bool BuildColorSpecRGB(SColorSpecRGB& spec);
+    bool BuildColorSpecRGB(SColorSpecRGB& colorSpec);
     long GetLCSCSType(void*& profile);
     bool CreateLogColorSpace(tagLOGCOLORSPACEW& lcs, void*& profile, wchar_t* fileName);
     bool CreateLogColorSpaceFromCurrentProfile(tagLOGCOLORSPACEW& lcs);

@@ -116,22 +116,22 @@ bool CICCReadColorProfile::GetChromaticAdaptationTag(double* matrix) {
     return true;
 }
 
-bool CICCReadColorProfile::BuildColorSpecRGB(SColorSpecRGB& spec) {
+bool CICCReadColorProfile::BuildColorSpecRGB(SColorSpecRGB& colorSpec) {
     TRCCURVE curves[3];
     if (ReadRGBCurves(curves)) {
         TRCCURVE& red = curves[0];
         if (red.m_nSignature == kParametricCurveTypeSignature && red.m_para.m_nParamCount == 1) {
-            spec.m_bsRGB = 0;
-            spec.m_dGamma = red.m_para.m_dG;
+            colorSpec.m_bsRGB = 0;
+            colorSpec.m_dGamma = red.m_para.m_dG;
         } else if (red.m_nSignature == kCurveTypeSignature && red.m_curve.m_nCount == 1) {
-            spec.m_bsRGB = 0;
-            spec.m_dGamma = red.m_curve.m_fGamma;
+            colorSpec.m_bsRGB = 0;
+            colorSpec.m_dGamma = red.m_curve.m_fGamma;
         } else if (red.m_nSignature == kCurveTypeSignature && red.m_curve.m_nCount >= 2) {
-            spec.m_bsRGB = 0;
-            spec.m_dGamma = TRCtoGamma(red.m_curve);
+            colorSpec.m_bsRGB = 0;
+            colorSpec.m_dGamma = TRCtoGamma(red.m_curve);
             if (IssRGBTRC(red.m_curve)) {
-                spec.m_bsRGB = 1;
-                spec.m_dGamma = 0.0;
+                colorSpec.m_bsRGB = 1;
+                colorSpec.m_dGamma = 0.0;
             }
         }
     }
@@ -148,8 +148,8 @@ bool CICCReadColorProfile::BuildColorSpecRGB(SColorSpecRGB& spec) {
     }
     double inverse[3][3] = {};
     const bool inverted = VGDI_MatrixGetInverse(matrix, inverse);
-    std::memcpy(spec.m_dMatrix, matrix, sizeof(matrix));
-    std::memcpy(spec.m_dInverse, inverse, sizeof(inverse));
+    std::memcpy(colorSpec.m_dMatrix, matrix, sizeof(matrix));
+    std::memcpy(colorSpec.m_dInverse, inverse, sizeof(inverse));
     return inverted;
 }
 

@@ -124,13 +124,13 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     out["colorimetry"] = colorimetry;
 
     Json classification = Json::object();
-    SColorSpecRGB spec{};
+    SColorSpecRGB colorSpec{};
     if (header && header->dataColorSpace == 0x52474220) {
         void* handle = reader.GetProfile();
         classification["logical_colour_space"] = reader.GetLCSCSType(handle) == 0x73524742 ? "sRGB" : "calibrated RGB";
-        if (reader.BuildColorSpecRGB(spec)) {
-            classification["srgb_curve"] = spec.m_bsRGB != 0;
-            classification["gamma"] = spec.m_dGamma;
+        if (reader.BuildColorSpecRGB(colorSpec)) {
+            classification["srgb_curve"] = colorSpec.m_bsRGB != 0;
+            classification["gamma"] = colorSpec.m_dGamma;
         }
     }
     std::unique_ptr<COutputFile> scratch;

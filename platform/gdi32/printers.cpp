@@ -27,9 +27,9 @@ std::wstring g_chosenDefault;
 
 std::vector<Printer> TestPrinters() {
     std::vector<Printer> list;
-    const char* spec = std::getenv("TESK_TEST_PRINTERS");
-    if (!spec) return list;
-    std::string all = spec;
+    const char* configured = std::getenv("TESK_TEST_PRINTERS");
+    if (!configured) return list;
+    std::string all = configured;
     size_t start = 0;
     while (start <= all.size()) {
         size_t end = all.find(';', start);

@@ -23,15 +23,15 @@ std::vector<uint16_t> SampledSrgbCurve() {
 }
 
 Bytes MakeSrgbProfile() {
-    MatrixProfileSpec spec;
-    spec.red = {0.64, 0.33};
-    spec.green = {0.30, 0.60};
-    spec.blue = {0.15, 0.06};
-    spec.white = {0.3127, 0.3290};
-    spec.sampledCurve = SampledSrgbCurve();
-    spec.description = "sRGB IEC61966-2.1";
-    spec.copyright = "No copyright, use freely";
-    return BuildMatrixProfile(spec);
+    MatrixProfileSpec profile;
+    profile.red = {0.64, 0.33};
+    profile.green = {0.30, 0.60};
+    profile.blue = {0.15, 0.06};
+    profile.white = {0.3127, 0.3290};
+    profile.sampledCurve = SampledSrgbCurve();
+    profile.description = "sRGB IEC61966-2.1";
+    profile.copyright = "No copyright, use freely";
+    return BuildMatrixProfile(profile);
 }
 
 }  // namespace

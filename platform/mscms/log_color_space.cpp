@@ -35,19 +35,19 @@ double GammaOf(DWORD fixed16Dot16) {
 // taken to be relative to D65, as the standard RGB spaces are. The three
 // gammas must agree: the profile written has one curve for all channels.
 bool CalibratedRgbProfile(const LOGCOLORSPACEW& lcs, Bytes& bytes) {
-    MatrixProfileSpec spec;
-    if (!ChromaticityOf(lcs.lcsEndpoints.ciexyzRed, spec.red) ||
-        !ChromaticityOf(lcs.lcsEndpoints.ciexyzGreen, spec.green) ||
-        !ChromaticityOf(lcs.lcsEndpoints.ciexyzBlue, spec.blue) || lcs.lcsGammaRed != lcs.lcsGammaGreen ||
+    MatrixProfileSpec matrix;
+    if (!ChromaticityOf(lcs.lcsEndpoints.ciexyzRed, matrix.red) ||
+        !ChromaticityOf(lcs.lcsEndpoints.ciexyzGreen, matrix.green) ||
+        !ChromaticityOf(lcs.lcsEndpoints.ciexyzBlue, matrix.blue) || lcs.lcsGammaRed != lcs.lcsGammaGreen ||
         lcs.lcsGammaRed != lcs.lcsGammaBlue) {
         SetLastError(ERROR_INVALID_COLORSPACE);
         return false;
     }
-    spec.white = {0.3127, 0.3290};
-    spec.gamma = GammaOf(lcs.lcsGammaRed);
-    spec.description = "Calibrated RGB";
-    spec.copyright = "No copyright, use freely";
-    bytes = BuildMatrixProfile(spec);
+    matrix.white = {0.3127, 0.3290};
+    matrix.gamma = GammaOf(lcs.lcsGammaRed);
+    matrix.description = "Calibrated RGB";
+    matrix.copyright = "No copyright, use freely";
+    bytes = BuildMatrixProfile(matrix);
     if (bytes.empty()) {
         SetLastError(ERROR_INVALID_COLORSPACE);
         return false;

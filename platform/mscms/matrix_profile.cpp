@@ -66,16 +66,16 @@ Bytes TextTag(const std::string& text) {
     return tag;
 }
 
-Bytes CurveTag(const MatrixProfileSpec& spec) {
-    const bool sampled = !spec.sampledCurve.empty();
-    const size_t count = sampled ? spec.sampledCurve.size() : 1;
+Bytes CurveTag(const MatrixProfileSpec& matrix) {
+    const bool sampled = !matrix.sampledCurve.empty();
+    const size_t count = sampled ? matrix.sampledCurve.size() : 1;
     Bytes tag(12 + 2 * count, 0);
     WriteBE32(&tag[0], 'curv');
     WriteBE32(&tag[8], static_cast<uint32_t>(count));
     if (sampled) {
-        for (size_t i = 0; i < count; ++i) WriteBE16(&tag[12 + 2 * i], spec.sampledCurve[i]);
+        for (size_t i = 0; i < count; ++i) WriteBE16(&tag[12 + 2 * i], matrix.sampledCurve[i]);
     } else {
-        const double u8f8 = std::clamp(std::round(spec.gamma * 256.0), 0.0, 65535.0);
+        const double u8f8 = std::clamp(std::round(matrix.gamma * 256.0), 0.0, 65535.0);
         WriteBE16(&tag[12], static_cast<uint16_t>(u8f8));
     }
     return tag;
@@ -91,16 +91,16 @@ Xyz D50() { return {0xF6D6 / 65536.0, 1.0, 0xD32D / 65536.0}; }
 
 Xyz XyzOf(Chromaticity c) { return {c.x / c.y, 1.0, (1.0 - c.x - c.y) / c.y}; }
 
-bool AdaptedColorants(const MatrixProfileSpec& spec, std::array<Xyz, 3>& colorants) {
-    if (spec.white.y <= 0 || spec.red.y <= 0 || spec.green.y <= 0 || spec.blue.y <= 0) return false;
+bool AdaptedColorants(const MatrixProfileSpec& matrix, std::array<Xyz, 3>& colorants) {
+    if (matrix.white.y <= 0 || matrix.red.y <= 0 || matrix.green.y <= 0 || matrix.blue.y <= 0) return false;
     // Primaries as columns; scale them so that they add up to the white.
-    const Xyz primaries[3] = {XyzOf(spec.red), XyzOf(spec.green), XyzOf(spec.blue)};
+    const Xyz primaries[3] = {XyzOf(matrix.red), XyzOf(matrix.green), XyzOf(matrix.blue)};
     Matrix columns{};
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c) columns[r][c] = primaries[c][r];
     Matrix inverse{};
     if (!Invert(columns, inverse)) return false;
-    const Xyz white = XyzOf(spec.white);
+    const Xyz white = XyzOf(matrix.white);
     const Xyz scale = Multiply(inverse, white);
 
     Matrix bradfordInverse{};
@@ -121,9 +121,9 @@ bool AdaptedColorants(const MatrixProfileSpec& spec, std::array<Xyz, 3>& coloran
     return true;
 }
 
-Bytes BuildMatrixProfile(const MatrixProfileSpec& spec) {
+Bytes BuildMatrixProfile(const MatrixProfileSpec& matrix) {
     std::array<Xyz, 3> colorants{};
-    if (!AdaptedColorants(spec, colorants)) return {};
+    if (!AdaptedColorants(matrix, colorants)) return {};
 
     IccContainer profile;
     uint8_t* h = profile.header.data();
@@ -139,13 +139,13 @@ Bytes BuildMatrixProfile(const MatrixProfileSpec& spec) {
     for (int i = 0; i < 3; ++i) WriteBE32(h + 68 + 4 * i, static_cast<uint32_t>(S15Fixed16(d50[i])));
     WriteBE32(h + 80, 'TESK');
 
-    AddTag(profile, 'desc', std::make_shared<Bytes>(DescTag(spec.description)));
-    AddTag(profile, 'cprt', std::make_shared<Bytes>(TextTag(spec.copyright)));
-    AddTag(profile, 'wtpt', std::make_shared<Bytes>(XyzTag(XyzOf(spec.white))));
+    AddTag(profile, 'desc', std::make_shared<Bytes>(DescTag(matrix.description)));
+    AddTag(profile, 'cprt', std::make_shared<Bytes>(TextTag(matrix.copyright)));
+    AddTag(profile, 'wtpt', std::make_shared<Bytes>(XyzTag(XyzOf(matrix.white))));
     AddTag(profile, 'rXYZ', std::make_shared<Bytes>(XyzTag(colorants[0])));
     AddTag(profile, 'gXYZ', std::make_shared<Bytes>(XyzTag(colorants[1])));
     AddTag(profile, 'bXYZ', std::make_shared<Bytes>(XyzTag(colorants[2])));
-    auto curve = std::make_shared<Bytes>(CurveTag(spec));
+    auto curve = std::make_shared<Bytes>(CurveTag(matrix));
     AddTag(profile, 'rTRC', curve);
     AddTag(profile, 'gTRC', curve);
     AddTag(profile, 'bTRC', curve);

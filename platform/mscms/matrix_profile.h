@@ -33,11 +33,11 @@ Xyz XyzOf(Chromaticity white);  // Y = 1
 
 // The colorants (rows red, green, blue) adapted to D50 with the Bradford
 // transform; false when the primaries do not span a colour space.
-bool AdaptedColorants(const MatrixProfileSpec& spec, std::array<Xyz, 3>& colorants);
+bool AdaptedColorants(const MatrixProfileSpec& matrix, std::array<Xyz, 3>& colorants);
 
 // Version 2 display profile, RGB data, XYZ connection space, with desc, cprt,
 // wtpt, the three colorants and the three TRCs (sharing one data object).
 // Empty when the primaries are degenerate.
-Bytes BuildMatrixProfile(const MatrixProfileSpec& spec);
+Bytes BuildMatrixProfile(const MatrixProfileSpec& matrix);
 
 }  // namespace tesk::mscms

@@ -1,5 +1,5 @@
 // The display transform: which profiles and intents reach the platform, the
-// open procedure with its single retry, fallbacks, the colour specification
+// open procedure with its single retry, fallbacks, the RGB colour record
 // and the raw profile bytes.
 #include <tesk/path.h>
 
@@ -152,28 +152,28 @@ TEST_F(TransformTest, ColorSpecFollowsTheWorkingSpace) {
     StoreInt(169, 170, 0);
     CColorManager& manager = *CColorManager::Instance();
     // Mode 0: the start-up values stand, including their doubled 0.09709693.
-    const SColorSpecRGB& spec = Access::ColorSpec(manager);
-    EXPECT_EQ(spec.m_bsRGB, 0);
-    EXPECT_DOUBLE_EQ(spec.m_dGamma, 1.0 / 2.2);
-    EXPECT_EQ(spec.m_dMatrix[1][2], 0.09709693);
-    EXPECT_EQ(spec.m_dMatrix[2][0], 0.09709693);
-    EXPECT_EQ(spec.m_dInverse[2][0], 3.1340605);
+    const SColorSpecRGB& colorSpec = Access::ColorSpec(manager);
+    EXPECT_EQ(colorSpec.m_bsRGB, 0);
+    EXPECT_DOUBLE_EQ(colorSpec.m_dGamma, 1.0 / 2.2);
+    EXPECT_EQ(colorSpec.m_dMatrix[1][2], 0.09709693);
+    EXPECT_EQ(colorSpec.m_dMatrix[2][0], 0.09709693);
+    EXPECT_EQ(colorSpec.m_dInverse[2][0], 3.1340605);
 
     // The platform's sRGB is recognised by its curves.
     EXPECT_TRUE(manager.UpdateWithColorWS());
-    EXPECT_EQ(spec.m_bsRGB, 1);
-    EXPECT_EQ(spec.m_dGamma, 0.0);
-    EXPECT_NEAR(spec.m_dMatrix[0][0], 0.4361, 0.002);  // red X (D50)
+    EXPECT_EQ(colorSpec.m_bsRGB, 1);
+    EXPECT_EQ(colorSpec.m_dGamma, 0.0);
+    EXPECT_NEAR(colorSpec.m_dMatrix[0][0], 0.4361, 0.002);  // red X (D50)
 
     CString gamma22(L"Gamma22.icc");
     manager.SetColorWorkingSpace(gamma22);
     EXPECT_TRUE(manager.UpdateWithColorWS());
-    EXPECT_EQ(spec.m_bsRGB, 0);
-    EXPECT_NEAR(spec.m_dGamma, 2.2, 0.01);
+    EXPECT_EQ(colorSpec.m_bsRGB, 0);
+    EXPECT_NEAR(colorSpec.m_dGamma, 2.2, 0.01);
     SColorSpecRGB copy{};
     manager.GetColorSpecRGB(copy);
-    EXPECT_EQ(copy.m_dMatrix[1][1], spec.m_dMatrix[1][1]);
-    EXPECT_EQ(copy.m_dInverse[2][2], spec.m_dInverse[2][2]);
+    EXPECT_EQ(copy.m_dMatrix[1][1], colorSpec.m_dMatrix[1][1]);
+    EXPECT_EQ(copy.m_dInverse[2][2], colorSpec.m_dInverse[2][2]);
     std::wstring stored;
     EXPECT_TRUE(StoredText(175, stored));
     EXPECT_EQ(stored, L"Gamma22.icc") << "a build persists the working space";
@@ -181,9 +181,9 @@ TEST_F(TransformTest, ColorSpecFollowsTheWorkingSpace) {
     // No working-space name: the sRGB fallback.
     Access::ClearWorkingSpace(manager);
     Access::UpdateTransform(manager);
-    EXPECT_EQ(spec.m_bsRGB, 1);
-    EXPECT_EQ(spec.m_dMatrix[0][1], 0.222491);
-    EXPECT_EQ(spec.m_dInverse[0][2], 0.0719434);
+    EXPECT_EQ(colorSpec.m_bsRGB, 1);
+    EXPECT_EQ(colorSpec.m_dMatrix[0][1], 0.222491);
+    EXPECT_EQ(colorSpec.m_dInverse[0][2], 0.0719434);
 }
 
 TEST_F(TransformTest, OpenByNameOrByPathAndTwoProfileTransforms) {

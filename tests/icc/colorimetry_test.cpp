@@ -1,4 +1,4 @@
-// Colorants, white points, the RGB colour specification, the logical colour
+// Colorants, white points, the RGB colour record, the logical colour
 // space and the classification of profile files.
 #include <tesk/path.h>
 
@@ -68,17 +68,17 @@ TEST(Colorimetry, ChromaticAdaptationMatrix) {
 }
 
 TEST(ColorSpec, GammaFromTheRedCurveAndInvertibleColorants) {
-    SColorSpecRGB spec{};
-    ASSERT_TRUE(ReaderOf(MatrixDisplay(CurvGamma(0x0233)).Build())->BuildColorSpecRGB(spec));
-    EXPECT_EQ(spec.m_bsRGB, 0);
-    EXPECT_DOUBLE_EQ(spec.m_dGamma, 2.19921875);
+    SColorSpecRGB colorSpec{};
+    ASSERT_TRUE(ReaderOf(MatrixDisplay(CurvGamma(0x0233)).Build())->BuildColorSpecRGB(colorSpec));
+    EXPECT_EQ(colorSpec.m_bsRGB, 0);
+    EXPECT_DOUBLE_EQ(colorSpec.m_dGamma, 2.19921875);
     for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c) EXPECT_NEAR(spec.m_dMatrix[r][c], kPrimaries[r][c], 1e-4);
+        for (int c = 0; c < 3; ++c) EXPECT_NEAR(colorSpec.m_dMatrix[r][c], kPrimaries[r][c], 1e-4);
     // Inverse times matrix is the identity.
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c) {
             double sum = 0;
-            for (int k = 0; k < 3; ++k) sum += spec.m_dMatrix[r][k] * spec.m_dInverse[k][c];
+            for (int k = 0; k < 3; ++k) sum += colorSpec.m_dMatrix[r][k] * colorSpec.m_dInverse[k][c];
             EXPECT_NEAR(sum, r == c ? 1.0 : 0.0, 1e-9);
         }
 
@@ -106,12 +106,12 @@ TEST(ColorSpec, MissingBlueColorantLeavesARowOfZerosAndFails) {
     builder.Remove('bXYZ');
     auto reader = LenientReaderOf(builder.Build());
     ASSERT_NE(reader->GetProfile(), nullptr);
-    SColorSpecRGB spec{};
-    EXPECT_FALSE(reader->BuildColorSpecRGB(spec));
-    EXPECT_NEAR(spec.m_dMatrix[1][1], kPrimaries[1][1], 1e-4);
-    EXPECT_EQ(spec.m_dMatrix[2][0], 0.0);
-    EXPECT_EQ(spec.m_dMatrix[2][1], 0.0);
-    EXPECT_EQ(spec.m_dMatrix[2][2], 0.0);
+    SColorSpecRGB colorSpec{};
+    EXPECT_FALSE(reader->BuildColorSpecRGB(colorSpec));
+    EXPECT_NEAR(colorSpec.m_dMatrix[1][1], kPrimaries[1][1], 1e-4);
+    EXPECT_EQ(colorSpec.m_dMatrix[2][0], 0.0);
+    EXPECT_EQ(colorSpec.m_dMatrix[2][1], 0.0);
+    EXPECT_EQ(colorSpec.m_dMatrix[2][2], 0.0);
 
     // Without red, green and blue are not even asked for.
     builder = MatrixDisplay();
