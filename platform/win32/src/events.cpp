@@ -30,6 +30,25 @@ EventTable& Table() {
     return *table;
 }
 
+// The event behind `handle` while the table is locked; null, with
+// ERROR_INVALID_HANDLE, for a closed or foreign handle.
+Event* LiveEvent(EventTable& table, HANDLE handle) {
+    auto* event = static_cast<Event*>(handle);
+    if (table.live.count(event)) return event;
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
+}
+
+BOOL SetSignal(HANDLE handle, bool signalled) {
+    EventTable& table = Table();
+    std::lock_guard lock(table.mutex);
+    Event* event = LiveEvent(table, handle);
+    if (!event) return FALSE;
+    event->signalled = signalled;
+    if (signalled) table.changed.notify_all();
+    return TRUE;
+}
+
 }  // namespace
 
 TESK_WIN32_API HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL manualReset, BOOL initialState, LPCWSTR name) {
@@ -72,39 +91,15 @@ TESK_WIN32_API HANDLE WINAPI OpenEventW(DWORD, BOOL, LPCWSTR name) {
     return found->second;
 }
 
-TESK_WIN32_API BOOL WINAPI SetEvent(HANDLE handle) {
-    EventTable& table = Table();
-    std::lock_guard lock(table.mutex);
-    auto* event = static_cast<Event*>(handle);
-    if (!table.live.count(event)) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
-    event->signalled = true;
-    table.changed.notify_all();
-    return TRUE;
-}
+TESK_WIN32_API BOOL WINAPI SetEvent(HANDLE handle) { return SetSignal(handle, true); }
 
-TESK_WIN32_API BOOL WINAPI ResetEvent(HANDLE handle) {
-    EventTable& table = Table();
-    std::lock_guard lock(table.mutex);
-    auto* event = static_cast<Event*>(handle);
-    if (!table.live.count(event)) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
-    event->signalled = false;
-    return TRUE;
-}
+TESK_WIN32_API BOOL WINAPI ResetEvent(HANDLE handle) { return SetSignal(handle, false); }
 
 TESK_WIN32_API DWORD WINAPI WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
     EventTable& table = Table();
     std::unique_lock lock(table.mutex);
-    auto* event = static_cast<Event*>(handle);
-    if (!table.live.count(event)) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return WAIT_FAILED;
-    }
+    Event* event = LiveEvent(table, handle);
+    if (!event) return WAIT_FAILED;
     auto ready = [&] { return !table.live.count(event) || event->signalled; };
     if (milliseconds == INFINITE)
         table.changed.wait(lock, ready);
@@ -118,11 +113,8 @@ TESK_WIN32_API DWORD WINAPI WaitForSingleObject(HANDLE handle, DWORD millisecond
 TESK_WIN32_API BOOL WINAPI CloseHandle(HANDLE handle) {
     EventTable& table = Table();
     std::lock_guard lock(table.mutex);
-    auto* event = static_cast<Event*>(handle);
-    if (!table.live.count(event)) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
+    Event* event = LiveEvent(table, handle);
+    if (!event) return FALSE;
     if (--event->handles == 0) {
         if (!event->name.empty()) table.byName.erase(event->name);
         table.live.erase(event);
