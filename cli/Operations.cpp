@@ -51,7 +51,9 @@ std::wstring ModuleNameOf(const SProfileSource& source) {
     return tesk::path::ToWindows(std::filesystem::absolute(file).string());
 }
 
-[[noreturn]] void ModuleFailure(int code, const std::string& what) {
+}  // namespace
+
+void ModuleFailure(int code, const std::string& what) {
     switch (code) {
         case VELL_ERR_PIXEL_FORMAT: throw CCliError(EExit::Unsupported, what + ": the pixel format is not accepted");
         case VELL_ERR_PLANE_SIZE: throw CCliError(EExit::Usage, what + ": the four plates differ in size");
@@ -60,6 +62,8 @@ std::wstring ModuleNameOf(const SProfileSource& source) {
         default: throw CCliError(EExit::Failed, what + ": the colour system failed (code " + std::to_string(code) + ")");
     }
 }
+
+namespace {
 
 EVPixelFormat WithoutAlpha(EVPixelFormat format) {
     switch (format) {

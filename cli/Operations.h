@@ -42,6 +42,9 @@ SImage ConvertImage(CColorManager& manager, const SImage& image, const std::stri
 SImage ProofImage(CColorManager& manager, const SImage& image, const std::string& proofProfile, int intent,
                   int proofIntent, CStatusControl* status);
 
+// A module result other than success as the matching CCliError.
+[[noreturn]] void ModuleFailure(int code, const std::string& what);
+
 // Turns the complement of plates (255 - v) into ink amounts and back.
 void ComplementPlate(SImage& plate);
 

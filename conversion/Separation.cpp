@@ -52,18 +52,15 @@ bool DescribeSeparationInput(EVPixelFormat format, SeparationInput& input) {
     }
 }
 
-// Splits quads into plates. 16-bit plates carry the 8-bit ink value times
-// 257; they are split at 8 bits into `narrow` first.
-void WritePlates(const BYTE* quads, int width, bool sixteenBit, bool invert, BYTE* const plates[4], BYTE* narrow) {
+// 16-bit plates carry the 8-bit ink value times 257.
+void WritePlates(const BYTE* quads, int width, bool sixteenBit, bool invert, BYTE* const plates[4]) {
     if (!sixteenBit) {
         SplitQuads(quads, static_cast<size_t>(width), plates, invert ? 0xFF : 0x00);
         return;
     }
-    BYTE* narrowPlates[4] = {narrow, narrow + width, narrow + 2 * width, narrow + 3 * width};
-    SplitQuads(quads, static_cast<size_t>(width), narrowPlates, 0);
-    for (int p = 0; p < 4; ++p)
-        WidenPlate(narrowPlates[p], static_cast<size_t>(width), reinterpret_cast<uint16_t*>(plates[p]),
-                   invert ? 0xFFFF : 0x0000);
+    uint16_t* const widePlates[4] = {reinterpret_cast<uint16_t*>(plates[0]), reinterpret_cast<uint16_t*>(plates[1]),
+                                     reinterpret_cast<uint16_t*>(plates[2]), reinterpret_cast<uint16_t*>(plates[3])};
+    SplitQuadsWide(quads, static_cast<size_t>(width), widePlates, invert ? 0xFFFF : 0x0000);
 }
 
 }  // namespace
@@ -157,9 +154,7 @@ VellErrorCode CColorManager::TransformFromRGBToCMYK(CStatusControl* status, cons
     std::unique_ptr<BYTE[]> quads(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
     std::unique_ptr<BYTE[]> work;
     if (input.workBytesPerPixel) work.reset(new (std::nothrow) BYTE[static_cast<size_t>(width) * input.workBytesPerPixel + 4]);
-    std::unique_ptr<BYTE[]> narrow;
-    if (sixteenBit) narrow.reset(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
-    if (!quads || (input.workBytesPerPixel && !work) || (sixteenBit && !narrow)) return finish(VELL_ERR_NO_MEMORY);
+    if (!quads || (input.workBytesPerPixel && !work)) return finish(VELL_ERR_NO_MEMORY);
     std::vector<unsigned char> scratch;
 
     for (int y = 0; y < height; ++y) {
@@ -194,7 +189,7 @@ VellErrorCode CColorManager::TransformFromRGBToCMYK(CStatusControl* status, cons
                           static_cast<DWORD>(width) * 4, scratch))
             return finish(VELL_ERR_TRANSLATE);
         BYTE* rows[4] = {cyan.GetRow(y), magenta.GetRow(y), yellow.GetRow(y), black.GetRow(y)};
-        WritePlates(quads.get(), width, sixteenBit, invert, rows, narrow.get());
+        WritePlates(quads.get(), width, sixteenBit, invert, rows);
     }
     return finish(VELL_OK);
 }

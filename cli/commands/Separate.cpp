@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "cli/Arguments.h"
+#include "cli/BandedSeparation.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -39,20 +40,15 @@ int RunSeparate(const Args& args) {
     CColorManager& manager = ColourManager();
     if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
 
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(arguments.Positional()[0], progress.Status());
-    progress.Phase("separating");
+    CProgressBar progress("separating");
     if (packed) {
-        const SImage cmyk = SeparateToPacked(manager, input, progress.Status());
-        progress.Phase("writing");
-        WriteImage(output, cmyk, progress.Status());
+        SeparateFileToPacked(manager, arguments.Positional()[0], output, progress.Status());
         progress.Finish();
         std::printf("wrote %s\n", output.c_str());
         return 0;
     }
-    auto plates = SeparateToPlates(manager, input, arguments.Has("--invert"), progress.Status());
-    progress.Phase("writing");
-    const auto written = WritePlates(output, plates, progress.Status());
+    const auto written =
+        SeparateFileToPlates(manager, arguments.Positional()[0], output, arguments.Has("--invert"), progress.Status());
     progress.Finish();
     for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
     return 0;

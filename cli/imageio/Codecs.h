@@ -4,9 +4,11 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "cli/imageio/Image.h"
+#include "cli/imageio/ImageBands.h"
 
 class CStatusControl;
 
@@ -15,6 +17,11 @@ namespace teskcolor {
 SImage ReadTiffFile(const std::string& path, const SReadOptions& options, CStatusControl* status);
 SImage ReadTiffMemory(const uint8_t* data, size_t size, const SReadOptions& options);
 void WriteTiff(const std::string& path, const SImage& image, CStatusControl* status);
+// Null, with the header still filled, for a TIFF that has to be read whole
+// (tiles, separate planes).
+std::unique_ptr<IImageRowSource> OpenTiffRowSource(const std::string& path, const SReadOptions& options,
+                                                   SImageHeader& header);
+std::unique_ptr<IImageBandWriter> OpenTiffBandWriter(const std::string& path, const SImageHeader& header);
 
 SImage ReadPngFile(const std::string& path, const SReadOptions& options, CStatusControl* status);
 SImage ReadPngMemory(const uint8_t* data, size_t size, const SReadOptions& options);

@@ -19,6 +19,14 @@ struct SImage {
     std::vector<uint8_t> iccProfile;  // empty when the file carries none
 };
 
+// An image without its pixels: what a file of it needs before the first row.
+struct SImageHeader {
+    int width = 0, height = 0;
+    EVPixelFormat format = VPF_UNKNOWN;
+    bool cmyk = false;
+    std::vector<uint8_t> iccProfile;
+};
+
 struct SReadOptions {
     // Larger images are refused before any pixel memory is taken.
     long long maxPixels = 1LL << 30;
@@ -30,5 +38,6 @@ struct SWriteOptions {
 
 // Short name of an image's layout for messages: "8-bit RGB", "16-bit CMYK", ...
 std::string DescribeLayout(const SImage& image);
+std::string DescribeLayout(EVPixelFormat format, bool cmyk);
 
 }  // namespace teskcolor

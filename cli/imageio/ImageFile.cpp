@@ -77,9 +77,12 @@ void WriteImage(const std::string& path, const SImage& image, CStatusControl* st
 }
 
 std::string DescribeLayout(const SImage& image) {
-    const EVPixelFormat format = image.pixels.GetPixelFormat();
+    return DescribeLayout(image.pixels.GetPixelFormat(), image.cmyk);
+}
+
+std::string DescribeLayout(EVPixelFormat format, bool cmyk) {
     std::string depth = CVPixelFormat::Is16bit(format) ? "16-bit " : "8-bit ";
-    if (image.cmyk) return depth + "CMYK";
+    if (cmyk) return depth + "CMYK";
     switch (format) {
         case VPF_GREY_8:
         case VPF_GREY_16: return depth + "grey";

@@ -8,7 +8,7 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
-#include "cli/imageio/PixelOrder.h"
+#include "cli/imageio/TiffLayout.h"
 #include "cli/imageio/TiffMessages.h"
 #include "host/imaging/StatusControl.h"
 
@@ -45,120 +45,84 @@ toff_t MemSize(thandle_t handle) { return static_cast<SMemoryTiff*>(handle)->siz
 int MemMap(thandle_t, void**, toff_t*) { return 0; }
 void MemUnmap(thandle_t, void*, toff_t) {}
 
-struct TiffCloser {
-    void operator()(TIFF* tif) const { TIFFClose(tif); }
-};
-using TiffPtr = std::unique_ptr<TIFF, TiffCloser>;
-
-[[noreturn]] void Corrupt(const std::string& name, const std::string& what) {
-    std::string detail = TakeTiffError();
-    throw CCliError(EExit::Corrupt, name + ": " + what + (detail.empty() ? "" : " (" + detail + ")"));
-}
-[[noreturn]] void Unsupported(const std::string& name, const std::string& what) {
-    throw CCliError(EExit::Unsupported, name + ": " + what);
-}
-
-struct SLayout {
-    uint32_t width = 0, height = 0;
-    uint16_t bits = 0, samples = 0, photometric = 0, planar = PLANARCONFIG_CONTIG;
-    int colourChannels = 0;
-    bool alpha = false;
-    bool cmyk = false;
-};
-
-SLayout ReadLayout(TIFF* tif, const std::string& name, const SReadOptions& options) {
-    SLayout layout;
-    uint16_t sampleFormat = SAMPLEFORMAT_UINT;
-    if (!TIFFGetField(tif, TIFFTAG_IMAGEWIDTH, &layout.width) || !TIFFGetField(tif, TIFFTAG_IMAGELENGTH, &layout.height))
-        Corrupt(name, "TIFF without image size");
-    TIFFGetFieldDefaulted(tif, TIFFTAG_BITSPERSAMPLE, &layout.bits);
-    TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLESPERPIXEL, &layout.samples);
-    TIFFGetFieldDefaulted(tif, TIFFTAG_PLANARCONFIG, &layout.planar);
-    TIFFGetFieldDefaulted(tif, TIFFTAG_SAMPLEFORMAT, &sampleFormat);
-    if (!TIFFGetField(tif, TIFFTAG_PHOTOMETRIC, &layout.photometric))
-        layout.photometric = layout.samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
-
-    if (layout.width == 0 || layout.height == 0) Corrupt(name, "TIFF of zero size");
-    if (static_cast<long long>(layout.width) * layout.height > options.maxPixels)
-        Unsupported(name, "image of " + std::to_string(layout.width) + " x " + std::to_string(layout.height) +
-                              " pixels is larger than allowed");
-    if (layout.width > 0x7FFFFFFF / 8 || layout.height > 0x7FFFFFFF) Unsupported(name, "image too large");
-    if (sampleFormat != SAMPLEFORMAT_UINT) Unsupported(name, "floating-point or signed TIFF samples");
-    if (layout.bits != 8 && layout.bits != 16)
-        Unsupported(name, std::to_string(layout.bits) + "-bit TIFF samples (8 and 16 are supported)");
-
-    switch (layout.photometric) {
-        case PHOTOMETRIC_MINISBLACK:
-        case PHOTOMETRIC_MINISWHITE: layout.colourChannels = 1; break;
-        case PHOTOMETRIC_RGB: layout.colourChannels = 3; break;
-        case PHOTOMETRIC_SEPARATED: {
-            uint16_t inkSet = INKSET_CMYK;
-            TIFFGetFieldDefaulted(tif, TIFFTAG_INKSET, &inkSet);
-            if (inkSet != INKSET_CMYK) Unsupported(name, "separated TIFF with an ink set other than CMYK");
-            layout.colourChannels = 4;
-            layout.cmyk = true;
-            break;
-        }
-        default: Unsupported(name, "TIFF photometric interpretation " + std::to_string(layout.photometric));
+// Strips whose pixels keep their samples together, decoded in order. A row
+// that fits the image's row is decoded in place.
+class CTiffStripRows final : public IImageRowSource {
+public:
+    CTiffStripRows(TIFF* tif, const STiffLayout& layout, std::string name, TiffPtr owned = nullptr)
+        : m_owned(std::move(owned)), m_tif(tif), m_layout(layout), m_name(std::move(name)) {
+        const size_t rowBytes = size_t(layout.width) * layout.samples * (layout.bits / 8);
+        const tmsize_t scanline = TIFFScanlineSize(tif);
+        if (scanline <= 0 || size_t(scanline) < rowBytes) TiffCorrupt(m_name, "TIFF rows shorter than the image width");
+        m_buffer.resize(size_t(scanline));
+        m_rowBytes = rowBytes;
     }
-    int extra = int(layout.samples) - layout.colourChannels;
-    if (extra < 0) Corrupt(name, "TIFF has fewer samples than its colour space needs");
-    if (extra > 1 || (extra == 1 && layout.cmyk))
-        Unsupported(name, "TIFF with " + std::to_string(extra) + " extra samples");
-    layout.alpha = extra == 1;
-    return layout;
-}
 
-void ReadStrips(TIFF* tif, const SLayout& layout, CRowIterator& pixels, const std::string& name,
+    void ReadRows(int first, CRowIterator& band) override { Read(first, band, nullptr); }
+
+    void Read(int first, CRowIterator& band, CStatusControl* status) {
+        const bool direct = m_buffer.size() <= size_t(std::abs(band.GetStride()));
+        if (status) status->SetProgressRange(band.GetHeight());
+        for (int r = 0; r < band.GetHeight(); ++r) {
+            if (status) status->SetProgress(r);
+            const uint32_t y = uint32_t(first + r);
+            BYTE* row = band.GetRow(r);
+            if (TIFFReadScanline(m_tif, direct ? row : m_buffer.data(), y, 0) < 0)
+                TiffCorrupt(m_name, "truncated or corrupt TIFF data at row " + std::to_string(y));
+            if (!direct) std::memcpy(row, m_buffer.data(), m_rowBytes);
+            ToImageRow(m_layout, row);
+        }
+    }
+
+private:
+    TiffPtr m_owned;
+    TIFF* m_tif;
+    STiffLayout m_layout;
+    std::string m_name;
+    std::vector<uint8_t> m_buffer;
+    size_t m_rowBytes = 0;
+};
+
+void ReadPlanes(TIFF* tif, const STiffLayout& layout, CRowIterator& pixels, const std::string& name,
                 CStatusControl* status) {
     const size_t bytesPerSample = layout.bits / 8;
-    const size_t rowBytes = size_t(layout.width) * layout.samples * bytesPerSample;
-    const bool planes = layout.planar == PLANARCONFIG_SEPARATE && layout.samples > 1;
-    const size_t planeRowBytes = planes ? size_t(layout.width) * bytesPerSample : rowBytes;
+    const size_t planeRowBytes = size_t(layout.width) * bytesPerSample;
     const tmsize_t scanline = TIFFScanlineSize(tif);
-    if (scanline <= 0 || size_t(scanline) < planeRowBytes) Corrupt(name, "TIFF rows shorter than the image width");
+    if (scanline <= 0 || size_t(scanline) < planeRowBytes) TiffCorrupt(name, "TIFF rows shorter than the image width");
     std::vector<uint8_t> buffer(static_cast<size_t>(scanline));
-    const int planeCount = planes ? layout.samples : 1;
-    if (status) status->SetProgressRange(static_cast<long long>(layout.height) * planeCount);
-    for (int plane = 0; plane < planeCount; ++plane) {
+    const size_t step = layout.samples * bytesPerSample;
+    if (status) status->SetProgressRange(static_cast<long long>(layout.height) * layout.samples);
+    for (int plane = 0; plane < layout.samples; ++plane) {
         for (uint32_t y = 0; y < layout.height; ++y) {
             if (status) status->SetProgress(static_cast<long long>(plane) * layout.height + y);
+            if (TIFFReadScanline(tif, buffer.data(), y, uint16_t(plane)) < 0)
+                TiffCorrupt(name, "truncated or corrupt TIFF data at row " + std::to_string(y));
             BYTE* row = pixels.GetRow(int(y));
-            // A contiguous row that fits the image's row is decoded in place.
-            const bool direct = !planes && size_t(scanline) <= size_t(std::abs(pixels.GetStride()));
-            if (TIFFReadScanline(tif, direct ? row : buffer.data(), y, uint16_t(plane)) < 0)
-                Corrupt(name, "truncated or corrupt TIFF data at row " + std::to_string(y));
-            if (direct) continue;
-            if (!planes) {
-                std::memcpy(row, buffer.data(), rowBytes);
-                continue;
-            }
-            const size_t step = layout.samples * bytesPerSample;
             for (uint32_t x = 0; x < layout.width; ++x)
                 std::memcpy(row + x * step + plane * bytesPerSample, buffer.data() + x * bytesPerSample, bytesPerSample);
         }
     }
 }
 
-void ReadTiles(TIFF* tif, const SLayout& layout, CRowIterator& pixels, const std::string& name,
+void ReadTiles(TIFF* tif, const STiffLayout& layout, CRowIterator& pixels, const std::string& name,
                CStatusControl* status) {
     if (layout.planar == PLANARCONFIG_SEPARATE && layout.samples > 1)
-        Unsupported(name, "tiled TIFF with separate planes");
+        throw CCliError(EExit::Unsupported, name + ": tiled TIFF with separate planes");
     uint32_t tileWidth = 0, tileHeight = 0;
     if (!TIFFGetField(tif, TIFFTAG_TILEWIDTH, &tileWidth) || !TIFFGetField(tif, TIFFTAG_TILELENGTH, &tileHeight) ||
         tileWidth == 0 || tileHeight == 0)
-        Corrupt(name, "tiled TIFF without tile size");
+        TiffCorrupt(name, "tiled TIFF without tile size");
     const size_t pixelBytes = size_t(layout.samples) * (layout.bits / 8);
     const tmsize_t tileSize = TIFFTileSize(tif);
     if (tileSize <= 0 || size_t(tileSize) < size_t(tileWidth) * tileHeight * pixelBytes)
-        Corrupt(name, "TIFF tiles smaller than their size");
+        TiffCorrupt(name, "TIFF tiles smaller than their size");
     std::vector<uint8_t> tile(static_cast<size_t>(tileSize));
     if (status) status->SetProgressRange(layout.height);
     for (uint32_t top = 0; top < layout.height; top += tileHeight) {
         if (status) status->SetProgress(top);
         for (uint32_t left = 0; left < layout.width; left += tileWidth) {
             if (TIFFReadTile(tif, tile.data(), left, top, 0, 0) < 0)
-                Corrupt(name, "truncated or corrupt TIFF tile at " + std::to_string(left) + "," + std::to_string(top));
+                TiffCorrupt(name, "truncated or corrupt TIFF tile at " + std::to_string(left) + "," + std::to_string(top));
             const uint32_t columns = std::min(tileWidth, layout.width - left);
             const uint32_t rows = std::min(tileHeight, layout.height - top);
             for (uint32_t r = 0; r < rows; ++r)
@@ -169,35 +133,22 @@ void ReadTiles(TIFF* tif, const SLayout& layout, CRowIterator& pixels, const std
 }
 
 SImage ReadTiff(TIFF* tif, const std::string& name, const SReadOptions& options, CStatusControl* status) {
-    const SLayout layout = ReadLayout(tif, name, options);
+    const STiffLayout layout = ReadTiffLayout(tif, name, options);
     SImage image;
     image.cmyk = layout.cmyk;
-    const EVPixelFormat format = FormatFor(layout.colourChannels + (layout.alpha ? 1 : 0), layout.bits);
-    if (!image.pixels.Create(int(layout.width), int(layout.height), format))
+    if (!image.pixels.Create(int(layout.width), int(layout.height), layout.Format()))
         throw CCliError(EExit::Failed, name + ": not enough memory for a " + std::to_string(layout.width) + " x " +
                                            std::to_string(layout.height) + " image");
-    if (TIFFIsTiled(tif))
-        ReadTiles(tif, layout, image.pixels, name, status);
-    else
-        ReadStrips(tif, layout, image.pixels, name, status);
-
-    const size_t bytesPerSample = layout.bits / 8;
-    for (uint32_t y = 0; y < layout.height; ++y) {
-        BYTE* row = image.pixels.GetRow(int(y));
-        if (layout.photometric == PHOTOMETRIC_MINISWHITE) {
-            const size_t step = layout.samples * bytesPerSample;
-            for (uint32_t x = 0; x < layout.width; ++x)
-                for (size_t b = 0; b < bytesPerSample; ++b) row[x * step + b] = BYTE(~row[x * step + b]);
-        }
-        if (layout.colourChannels == 3) SwapRedBlue(row, layout.width, layout.samples, int(bytesPerSample));
+    if (!TIFFIsTiled(tif) && !layout.SeparatePlanes()) {
+        CTiffStripRows(tif, layout, name).Read(0, image.pixels, status);
+    } else {
+        if (TIFFIsTiled(tif))
+            ReadTiles(tif, layout, image.pixels, name, status);
+        else
+            ReadPlanes(tif, layout, image.pixels, name, status);
+        for (uint32_t y = 0; y < layout.height; ++y) ToImageRow(layout, image.pixels.GetRow(int(y)));
     }
-
-    uint32_t profileSize = 0;
-    void* profile = nullptr;
-    if (TIFFGetField(tif, TIFFTAG_ICCPROFILE, &profileSize, &profile) && profile && profileSize > 0) {
-        auto* bytes = static_cast<const uint8_t*>(profile);
-        image.iccProfile.assign(bytes, bytes + profileSize);
-    }
+    image.iccProfile = TiffIccProfile(tif);
     return image;
 }
 
@@ -207,8 +158,21 @@ SImage ReadTiffFile(const std::string& path, const SReadOptions& options, CStatu
     InstallTiffHandlers();
     TakeTiffError();
     TiffPtr tif(TIFFOpen(path.c_str(), "rm"));
-    if (!tif) Corrupt(path, "not a readable TIFF file");
+    if (!tif) TiffCorrupt(path, "not a readable TIFF file");
     return ReadTiff(tif.get(), path, options, status);
+}
+
+std::unique_ptr<IImageRowSource> OpenTiffRowSource(const std::string& path, const SReadOptions& options,
+                                                   SImageHeader& header) {
+    InstallTiffHandlers();
+    TakeTiffError();
+    TiffPtr tif(TIFFOpen(path.c_str(), "rm"));
+    if (!tif) TiffCorrupt(path, "not a readable TIFF file");
+    const STiffLayout layout = ReadTiffLayout(tif.get(), path, options);
+    header = {int(layout.width), int(layout.height), layout.Format(), layout.cmyk, TiffIccProfile(tif.get())};
+    if (TIFFIsTiled(tif.get()) || layout.SeparatePlanes()) return nullptr;
+    TIFF* handle = tif.get();
+    return std::make_unique<CTiffStripRows>(handle, layout, path, std::move(tif));
 }
 
 SImage ReadTiffMemory(const uint8_t* data, size_t size, const SReadOptions& options) {
@@ -217,7 +181,7 @@ SImage ReadTiffMemory(const uint8_t* data, size_t size, const SReadOptions& opti
     SMemoryTiff source{data, toff_t(size), 0};
     TiffPtr tif(TIFFClientOpen("memory", "rm", &source, MemRead, MemWrite, MemSeek, MemClose, MemSize, MemMap,
                                MemUnmap));
-    if (!tif) Corrupt("TIFF data", "not a readable TIFF file");
+    if (!tif) TiffCorrupt("TIFF data", "not a readable TIFF file");
     return ReadTiff(tif.get(), "TIFF data", options, nullptr);
 }
 

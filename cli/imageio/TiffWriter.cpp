@@ -20,12 +20,12 @@ namespace {
     throw CCliError(EExit::WriteFailed, path + ": " + what + (detail.empty() ? "" : " (" + detail + ")"));
 }
 
-void SetFields(TIFF* tif, const SImage& image) {
-    const EVPixelFormat format = image.pixels.GetPixelFormat();
+void SetFields(TIFF* tif, const SImageHeader& image) {
+    const EVPixelFormat format = image.format;
     const int channels = ChannelsOf(format);
     const bool alpha = CVPixelFormat::IsAlphaChannelPresent(format) && !image.cmyk;
-    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(image.pixels.GetWidth()));
-    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(image.pixels.GetHeight()));
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(image.width));
+    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(image.height));
     TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, uint16_t(BytesPerSampleOf(format) * 8));
     TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, uint16_t(channels));
     TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
@@ -46,42 +46,73 @@ void SetFields(TIFF* tif, const SImage& image) {
         TIFFSetField(tif, TIFFTAG_ICCPROFILE, uint32_t(image.iccProfile.size()), image.iccProfile.data());
 }
 
+// Rows go to libtiff as they come, through a descriptor of the output's own.
+class CTiffBandWriter final : public IImageBandWriter {
+public:
+    CTiffBandWriter(const std::string& path, const SImageHeader& header) : m_output(path), m_header(header) {
+        InstallTiffHandlers();
+        TakeTiffError();
+        const EVPixelFormat format = header.format;
+        if (FormatFor(ChannelsOf(format), BytesPerSampleOf(format) * 8) != format ||
+            (header.cmyk && ChannelsOf(format) != 4))
+            throw CCliError(EExit::Unsupported, path + ": TIFF cannot hold " + DescribeLayout(format, header.cmyk));
+        const int fd = dup(fileno(m_output.Stream()));
+        if (fd < 0) WriteFailure(path, "cannot open the output");
+        m_tif = TIFFFdOpen(fd, path.c_str(), "w");
+        if (!m_tif) {
+            close(fd);
+            WriteFailure(path, "cannot start a TIFF file");
+        }
+        SetFields(m_tif, header);
+        m_row.resize(size_t(CVPixelFormat::GetRowBytes(format, header.width)));
+    }
+    ~CTiffBandWriter() override {
+        if (m_tif) TIFFClose(m_tif);
+    }
+
+    void Append(const CRowIterator& rows) override { Append(rows, nullptr); }
+
+    void Append(const CRowIterator& rows, CStatusControl* status) {
+        const EVPixelFormat format = m_header.format;
+        const bool swap = !m_header.cmyk && ChannelsOf(format) >= 3;
+        if (status) status->SetProgressRange(rows.GetHeight());
+        for (int y = 0; y < rows.GetHeight(); ++y, ++m_written) {
+            if (status) status->SetProgress(y);
+            std::memcpy(m_row.data(), rows.GetRow(y), m_row.size());
+            if (swap) SwapRedBlue(m_row.data(), size_t(m_header.width), ChannelsOf(format), BytesPerSampleOf(format));
+            if (m_written >= m_header.height || TIFFWriteScanline(m_tif, m_row.data(), uint32_t(m_written), 0) < 0)
+                WriteFailure(m_output.Destination(), "cannot write the TIFF data");
+        }
+    }
+
+    void Commit() override {
+        const bool complete = m_written == m_header.height && TIFFFlush(m_tif) != 0;
+        TIFFClose(m_tif);
+        m_tif = nullptr;
+        if (!complete) WriteFailure(m_output.Destination(), "cannot write the TIFF data");
+        m_output.Commit();
+    }
+
+private:
+    COutputFile m_output;
+    SImageHeader m_header;
+    TIFF* m_tif = nullptr;
+    std::vector<uint8_t> m_row;
+    int m_written = 0;
+};
+
 }  // namespace
 
+std::unique_ptr<IImageBandWriter> OpenTiffBandWriter(const std::string& path, const SImageHeader& header) {
+    return std::make_unique<CTiffBandWriter>(path, header);
+}
+
 void WriteTiff(const std::string& path, const SImage& image, CStatusControl* status) {
-    InstallTiffHandlers();
-    TakeTiffError();
-    const EVPixelFormat format = image.pixels.GetPixelFormat();
-    if (FormatFor(ChannelsOf(format), BytesPerSampleOf(format) * 8) != format || (image.cmyk && ChannelsOf(format) != 4))
-        throw CCliError(EExit::Unsupported, path + ": TIFF cannot hold " + DescribeLayout(image));
-
-    COutputFile output(path);
-    int fd = dup(fileno(output.Stream()));
-    if (fd < 0) WriteFailure(path, "cannot open the output");
-    TIFF* tif = TIFFFdOpen(fd, path.c_str(), "w");
-    if (!tif) {
-        close(fd);
-        WriteFailure(path, "cannot start a TIFF file");
-    }
-    SetFields(tif, image);
-
-    const int width = image.pixels.GetWidth();
-    const int height = image.pixels.GetHeight();
-    const size_t rowBytes = size_t(CVPixelFormat::GetRowBytes(format, width));
-    const bool swap = !image.cmyk && ChannelsOf(format) >= 3;
-    std::vector<uint8_t> row(rowBytes);
-    bool ok = true;
-    if (status) status->SetProgressRange(height);
-    for (int y = 0; y < height && ok; ++y) {
-        if (status) status->SetProgress(y);
-        std::memcpy(row.data(), image.pixels.GetRow(y), rowBytes);
-        if (swap) SwapRedBlue(row.data(), size_t(width), ChannelsOf(format), BytesPerSampleOf(format));
-        ok = TIFFWriteScanline(tif, row.data(), uint32_t(y), 0) >= 0;
-    }
-    if (ok) ok = TIFFFlush(tif) != 0;
-    TIFFClose(tif);
-    if (!ok) WriteFailure(path, "cannot write the TIFF data");
-    output.Commit();
+    const SImageHeader header{image.pixels.GetWidth(), image.pixels.GetHeight(), image.pixels.GetPixelFormat(),
+                              image.cmyk, image.iccProfile};
+    CTiffBandWriter writer(path, header);
+    writer.Append(image.pixels, status);
+    writer.Commit();
 }
 
 }  // namespace teskcolor

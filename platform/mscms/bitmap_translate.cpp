@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <thread>
 #include <vector>
@@ -19,7 +20,8 @@ namespace {
 // threads are already running, so a long single row is worth splitting.
 constexpr uint64_t kParallelPixels = 4096;
 constexpr uint64_t kPixelsPerPart = 2048;
-constexpr DWORD kColumnsPerPart = 1024;
+constexpr DWORD kColumnsPerPart = 512;
+constexpr unsigned kPiecesPerThread = 4;
 constexpr unsigned kMaxThreads = 8;
 // With a progress callback, rows go in bands of about this many pixels.
 constexpr uint64_t kCallbackBandPixels = uint64_t{1} << 18;
@@ -72,23 +74,25 @@ public:
         : transform_(transform), in_(in), out_(out), width_(width), threads_(threads), splitRows_(splitRows),
           splitColumns_(splitColumns) {}
 
-    // Rows [first, first + count) in equal parts on the pool's threads: by
-    // rows when there are enough of them, else by columns. Every pixel is
-    // computed the same way whatever the split, so the result does not
-    // depend on the thread count.
+    // Rows [first, first + count) on the pool's threads, in small pieces that
+    // each thread takes as it comes free: by rows when there are enough of
+    // them, else by columns. Taking pieces rather than fixed halves keeps a
+    // thread that arrives late (the caller, busy between rows) from holding
+    // the others up. Every pixel is computed the same way whatever the split,
+    // so the result does not depend on the thread count.
     void Run(DWORD first, DWORD count) {
         if (threads_ > 1 && splitRows_ && count >= threads_) {
-            const unsigned parts = threads_;
-            WorkerPool::Instance().Run(parts, [&](unsigned part) {
-                const DWORD begin = first + static_cast<DWORD>(uint64_t{count} * part / parts);
-                const DWORD end = first + static_cast<DWORD>(uint64_t{count} * (part + 1) / parts);
+            const unsigned pieces = static_cast<unsigned>(std::min<uint64_t>(count, uint64_t{threads_} * kPiecesPerThread));
+            Share(pieces, [&](unsigned piece) {
+                const DWORD begin = first + static_cast<DWORD>(uint64_t{count} * piece / pieces);
+                const DWORD end = first + static_cast<DWORD>(uint64_t{count} * (piece + 1) / pieces);
                 Translate(begin, end - begin, 0, width_);
             });
         } else if (threads_ > 1 && splitColumns_ && width_ >= 2 * kColumnsPerPart) {
-            const unsigned parts = std::min<unsigned>(threads_, width_ / kColumnsPerPart);
-            WorkerPool::Instance().Run(parts, [&](unsigned part) {
-                const DWORD begin = static_cast<DWORD>(uint64_t{width_} * part / parts);
-                const DWORD end = static_cast<DWORD>(uint64_t{width_} * (part + 1) / parts);
+            const unsigned pieces = std::min<unsigned>(threads_ * kPiecesPerThread, width_ / kColumnsPerPart);
+            Share(pieces, [&](unsigned piece) {
+                const DWORD begin = static_cast<DWORD>(uint64_t{width_} * piece / pieces);
+                const DWORD end = static_cast<DWORD>(uint64_t{width_} * (piece + 1) / pieces);
                 Translate(first, count, begin, end - begin);
             });
         } else {
@@ -97,6 +101,14 @@ public:
     }
 
 private:
+    template <typename Piece>
+    void Share(unsigned pieces, const Piece& piece) {
+        std::atomic<unsigned> next{0};
+        WorkerPool::Instance().Share(std::min(threads_, pieces) - 1, [&] {
+            for (unsigned taken; (taken = next.fetch_add(1, std::memory_order_relaxed)) < pieces;) piece(taken);
+        });
+    }
+
     void Translate(DWORD first, DWORD rows, DWORD column, DWORD columns) {
         if (rows == 0 || columns == 0) return;
         cmsDoTransformLineStride(transform_, in_.bits + first * in_.stride + column * in_.bytesPerPixel,

@@ -9,7 +9,7 @@ namespace tesk::mscms {
 namespace {
 
 // Between the rows of an image the caller spends a few microseconds on its
-// own work; a worker that waits this long for the next call catches it
+// own work; a worker that waits this long for the next job catches it
 // without the cost of sleeping and being woken.
 constexpr auto kSpinTime = std::chrono::microseconds(50);
 
@@ -38,54 +38,66 @@ WorkerPool& WorkerPool::Instance() {
 WorkerPool::WorkerPool(unsigned workers) : ownerProcess_(getpid()) {
     for (unsigned i = 0; i < workers; ++i) {
         try {
-            threads_.emplace_back([this, i] { Work(i + 1); });
+            threads_.emplace_back([this] { Serve(); });
         } catch (const std::system_error&) {
-            break;  // fewer threads: the caller runs the rest
+            break;  // fewer threads: the caller does more itself
         }
     }
     for (std::thread& thread : threads_) thread.detach();
 }
 
-void WorkerPool::Work(unsigned part) {
-    uint64_t seen = 0;
+void WorkerPool::Serve() {
+    uint64_t seenJob = 0;
+    auto newJob = [&] { return (job_.load(std::memory_order_acquire) & ~(kJobStep - 1)) != seenJob; };
     for (;;) {
-        SpinUntil([&] { return generation_.load(std::memory_order_acquire) != seen; });
-        const std::function<void(unsigned)>* task = nullptr;
-        {
+        SpinUntil(newJob);
+        if (!newJob()) {
             std::unique_lock lock(mutex_);
-            wake_.wait(lock, [&] { return generation_.load(std::memory_order_acquire) != seen; });
-            seen = generation_.load(std::memory_order_acquire);
-            if (part < parts_) task = task_;
+            wake_.wait(lock, newJob);
         }
-        if (!task) continue;
-        (*task)(part);
-        if (remaining_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        uint64_t state = job_.load(std::memory_order_acquire);
+        seenJob = state & ~(kJobStep - 1);
+        bool joined = false;
+        while (!(state & kClosed) && (state & ~(kJobStep - 1)) == seenJob) {
+            if (job_.compare_exchange_weak(state, state + 1, std::memory_order_acq_rel)) {
+                joined = true;
+                break;
+            }
+        }
+        if (!joined) continue;
+        // Inside the job the caller cannot return, so its work stays valid.
+        if (seated_.fetch_add(1, std::memory_order_relaxed) < seats_) (*work_)();
+        if ((job_.fetch_sub(1, std::memory_order_acq_rel) & kInsideMask) == 1) {
             std::lock_guard lock(mutex_);
             done_.notify_one();
         }
     }
 }
 
-void WorkerPool::Run(unsigned parts, const std::function<void(unsigned)>& task) {
+void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     std::unique_lock busy(busy_, std::try_to_lock);
     const bool usable = busy.owns_lock() && getpid() == ownerProcess_;
-    const unsigned helpers = usable ? std::min(parts > 0 ? parts - 1 : 0, Workers()) : 0;
-    if (helpers > 0) {
+    helpers = usable ? std::min(helpers, Workers()) : 0;
+    if (helpers == 0) {
+        work();
+        return;
+    }
+    {
         std::lock_guard lock(mutex_);
-        task_ = &task;
-        parts_ = helpers + 1;
-        remaining_.store(helpers, std::memory_order_release);
-        generation_.fetch_add(1, std::memory_order_acq_rel);
+        work_ = &work;
+        seats_ = helpers;
+        seated_.store(0, std::memory_order_relaxed);
+        const uint64_t next = (job_.load(std::memory_order_relaxed) & ~(kJobStep - 1)) + kJobStep;
+        job_.store(next, std::memory_order_release);
         wake_.notify_all();
     }
-    if (parts > 0) task(0);
-    for (unsigned part = helpers + 1; part < parts; ++part) task(part);
-    if (helpers > 0) {
-        SpinUntil([&] { return remaining_.load(std::memory_order_acquire) == 0; });
+    work();
+    // Late helpers stay out from here on; wait only for those inside.
+    const auto inside = [&] { return job_.load(std::memory_order_acquire) & kInsideMask; };
+    if (job_.fetch_or(kClosed, std::memory_order_acq_rel) & kInsideMask) {
+        SpinUntil([&] { return inside() == 0; });
         std::unique_lock lock(mutex_);
-        done_.wait(lock, [&] { return remaining_.load(std::memory_order_acquire) == 0; });
-        parts_ = 0;
-        task_ = nullptr;
+        done_.wait(lock, [&] { return inside() == 0; });
     }
 }
 

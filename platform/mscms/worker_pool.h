@@ -17,10 +17,14 @@ public:
     // The process's pool: one thread fewer than the cores, at most `kMaxWorkers`.
     static WorkerPool& Instance();
 
-    // Runs task(part) for every part in [0, parts) and returns when all are
-    // done. Part 0 runs on the calling thread. While another caller holds the
-    // pool, or for parts beyond its threads, the caller runs them itself.
-    void Run(unsigned parts, const std::function<void(unsigned)>& task);
+    // Runs work() on the calling thread and on up to `helpers` pool threads,
+    // and returns once every thread that ran it has finished. A pool thread
+    // that has not started by the time the caller's own work() returns is
+    // left out, so a busy machine never makes the caller wait for a thread
+    // that is not running: work() must take its pieces from shared state
+    // until none are left. While another caller holds the pool, the caller
+    // works alone.
+    void Share(unsigned helpers, const std::function<void()>& work);
 
     unsigned Workers() const { return static_cast<unsigned>(threads_.size()); }
 
@@ -28,17 +32,25 @@ public:
 
 private:
     explicit WorkerPool(unsigned workers);
-    void Work(unsigned part);
+    void Serve();
 
-    std::mutex busy_;  // one Run at a time
+    // One word for the current job: its number in the high half, a closed
+    // flag, and how many helpers are inside work(). Joining and closing are
+    // then a single atomic step each, so no helper can join a closed job or
+    // a job that has since been replaced.
+    static constexpr uint64_t kJobStep = uint64_t{1} << 32;
+    static constexpr uint64_t kClosed = uint64_t{1} << 31;
+    static constexpr uint64_t kInsideMask = kClosed - 1;
+
+    std::mutex busy_;  // one job at a time
     std::mutex mutex_;
     std::condition_variable wake_;
     std::condition_variable done_;
     std::vector<std::thread> threads_;
-    const std::function<void(unsigned)>* task_ = nullptr;
-    unsigned parts_ = 0;
-    std::atomic<uint64_t> generation_{0};
-    std::atomic<unsigned> remaining_{0};
+    std::atomic<uint64_t> job_{kClosed};
+    const std::function<void()>* work_ = nullptr;
+    unsigned seats_ = 0;  // helpers the current job takes
+    std::atomic<unsigned> seated_{0};
     int ownerProcess_;  // a forked child has none of the threads
 };
 

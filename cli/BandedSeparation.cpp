@@ -1,0 +1,94 @@
+#include "cli/BandedSeparation.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+
+#include "cli/Errors.h"
+#include "cli/ModuleHost.h"
+#include "cli/Operations.h"
+#include "cli/PlateFiles.h"
+#include "cli/imageio/ImageBands.h"
+#include "colormgr/ColorManager.h"
+#include "host/imaging/StatusControl.h"
+
+namespace teskcolor {
+
+namespace {
+
+// Large enough that the module's per-call set-up (profiles, cached
+// transform) is lost in the work, small enough to stay in the caches' reach.
+constexpr size_t kBandBytes = size_t{8} << 20;
+
+int BandRows(const SImageHeader& header) {
+    const size_t rowBytes = std::max<size_t>(size_t(CVPixelFormat::GetRowBytes(header.format, header.width)), 1);
+    return int(std::clamp<size_t>(kBandBytes / rowBytes, 1, size_t(std::max(header.height, 1))));
+}
+
+// Hands every band of the file, in the working space, to `separate` with a
+// status control that maps the band onto the whole image's progress.
+template <typename Separate>
+void ForEachBand(CColorManager& manager, const std::string& input, CStatusControl* status, Separate separate) {
+    CImageBandReader reader(input);
+    const int height = reader.Header().height;
+    const int rows = BandRows(reader.Header());
+    if (status) status->SetProgressRange(height);
+    while (reader.RowsLeft() > 0) {
+        const int first = height - reader.RowsLeft();
+        const SImage band = reader.NextBand(rows);
+        CStatusControl bandStatus(status, first, first + band.pixels.GetHeight());
+        separate(ToWorkingSpace(manager, band, nullptr), height, &bandStatus);
+    }
+}
+
+SImageHeader HeaderFor(const CRowIterator& band, int height, bool cmyk, std::vector<uint8_t> profile) {
+    return {band.GetWidth(), height, band.GetPixelFormat(), cmyk, std::move(profile)};
+}
+
+}  // namespace
+
+std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std::string& input,
+                                              const std::string& pattern, bool invert, CStatusControl* status) {
+    const auto paths = PlatePaths(pattern);
+    std::array<std::unique_ptr<IImageBandWriter>, 4> writers;
+    ForEachBand(manager, input, status, [&](const SImage& band, int height, CStatusControl* bandStatus) {
+        std::array<CRowIterator, 4> plates;
+        const VellErrorCode code =
+            manager.TransformFromRGBToCMYK(bandStatus, band.pixels, plates[0], plates[1], plates[2], plates[3], invert);
+        if (code != VELL_OK) ModuleFailure(code, "separation");
+        for (size_t i = 0; i < 4; ++i) {
+            // The plates' depth is the module's choice: the writers start with the first band.
+            if (!writers[i]) writers[i] = OpenImageBandWriter(paths[i], HeaderFor(plates[i], height, false, {}));
+            writers[i]->Append(plates[i]);
+        }
+    });
+    if (!writers[0]) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
+    for (size_t i = 0; i < 4; ++i) {
+        try {
+            writers[i]->Commit();
+        } catch (...) {
+            std::error_code ignored;
+            for (size_t j = 0; j < i; ++j) std::filesystem::remove(paths[j], ignored);
+            throw;
+        }
+    }
+    return {paths.begin(), paths.end()};
+}
+
+void SeparateFileToPacked(CColorManager& manager, const std::string& input, const std::string& output,
+                          CStatusControl* status) {
+    std::unique_ptr<IImageBandWriter> writer;
+    ForEachBand(manager, input, status, [&](const SImage& band, int height, CStatusControl* bandStatus) {
+        CRowIterator cmyk;
+        const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, band.pixels, cmyk);
+        if (code != VELL_OK) ModuleFailure(code, "separation");
+        if (!cmyk.IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
+        if (!writer) writer = OpenImageBandWriter(output, HeaderFor(cmyk, height, true, DefaultCMYKProfile(manager).bytes));
+        writer->Append(cmyk);
+    });
+    if (!writer) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
+    writer->Commit();
+}
+
+}  // namespace teskcolor
