@@ -40,23 +40,16 @@ TEST(ToneCurves, TagKindsAreDecodedAndOthersRefused) {
     auto reader = ReaderOf(builder.Build());
     ASSERT_NE(reader->GetProfile(), nullptr);
 
-    Curve gamma;
+    Curve gamma, para;
     ASSERT_TRUE(reader->GetTRC('rTRC', gamma));
     EXPECT_EQ(gamma.m_nSignature, DWORD('curv'));
-    EXPECT_FLOAT_EQ(gamma.m_curve.m_fGamma, 2.19921875f);
-
-    Curve tooShort;
-    EXPECT_FALSE(reader->GetTRC('zTRC', tooShort));
-    Curve text;
-    EXPECT_FALSE(reader->GetTRC('yTRC', text));
-    Curve missing;
-    EXPECT_FALSE(reader->GetTRC('kTRC', missing));
-
-    Curve para;
     ASSERT_TRUE(reader->GetTRC('xTRC', para));
     EXPECT_EQ(para.m_nSignature, DWORD('para'));
-    EXPECT_EQ(para.m_para.m_nParamCount, 1u);
-    EXPECT_EQ(para.m_para.m_dG, 1.0);
+    // A cut curve (the decoder throws), another type, a missing tag.
+    for (uint32_t refused : {'zTRC', 'yTRC', 'kTRC'}) {
+        Curve curve;
+        EXPECT_FALSE(reader->GetTRC(refused, curve)) << std::hex << refused;
+    }
 }
 
 TEST(ToneCurves, ComparisonOnlyDecidesBetweenSingleCurveProfiles) {
@@ -102,23 +95,18 @@ TEST(ToneCurves, MissingCurvesCountAsTheSame) {
     EXPECT_TRUE(withCurves->IsTRCsSame(empty));
 }
 
-TEST(ToneCurves, TagPresenceNeedsANonEmptyTag) {
-    auto reader = ReaderOf(MatrixDisplay().Build());
-    EXPECT_TRUE(reader->DoesProfileTagExist('rTRC'));
-    EXPECT_FALSE(reader->DoesProfileTagExist('vcgt'));
+TEST(ToneCurves, RequestedTagsAndTheVideoCardGamma) {
+    Bytes data(768);
+    for (int i = 0; i < 768; ++i) data[i] = uint8_t(255 - i % 256);
+    auto plain = ReaderOf(MatrixDisplay().Build());
+    EXPECT_FALSE(plain->DoesProfileTagExist('vcgt'));
     unsigned long size = 0;
-    std::unique_ptr<unsigned char[]> tag(reader->GetRequestedTag('wtpt', size));
+    std::unique_ptr<unsigned char[]> tag(plain->GetRequestedTag('wtpt', size));
     ASSERT_TRUE(tag);
     EXPECT_EQ(size, 20u);
     EXPECT_EQ(std::memcmp(tag.get(), "XYZ ", 4), 0);
-}
 
-TEST(ToneCurves, VideoCardGammaThroughTheProfile) {
-    Bytes data(768);
-    for (int i = 0; i < 768; ++i) data[i] = uint8_t(255 - i % 256);
-    ProfileBuilder builder = MatrixDisplay();
-    builder.Set('vcgt', VcgtTable(3, 256, 1, data));
-    auto reader = ReaderOf(builder.Build());
+    auto reader = ReaderOf(MatrixDisplay().Set('vcgt', VcgtTable(3, 256, 1, data)).Build());
     ASSERT_TRUE(reader->DoesProfileTagExist('vcgt'));
     SVCGTGamma gamma{};
     ASSERT_TRUE(reader->GetVCGTTable(gamma));
@@ -126,14 +114,5 @@ TEST(ToneCurves, VideoCardGammaThroughTheProfile) {
     EXPECT_EQ(gamma.m_nGammaType, 0u);
     EXPECT_EQ(values[0], 0xFF00);
     EXPECT_EQ(values[767], 0);
-
-    builder.Set('vcgt', VcgtFormula({1, 2, 3, 4, 5, 6, 7, 8, 9}));
-    auto formula = ReaderOf(builder.Build());
-    ASSERT_TRUE(formula->GetVCGTTable(gamma));
-    EXPECT_EQ(gamma.m_nGammaType, 1u);
-    EXPECT_EQ(gamma.m_formula.m_nRedGamma, 1u);
-    EXPECT_EQ(gamma.m_formula.m_nBlueMax, 9u);
-
-    ReaderProbe none;
-    EXPECT_FALSE(none.GetVCGTTable(gamma));
+    EXPECT_FALSE(ReaderProbe().GetVCGTTable(gamma));
 }

@@ -22,29 +22,27 @@ struct OwnedCurve : SICCCurveType {
 };
 
 SICCCurveType CurveOf(std::vector<uint16_t>& entries) {
-    SICCCurveType curve{};
-    curve.m_nCount = static_cast<uint32_t>(entries.size());
-    curve.m_pEntries = entries.data();
-    return curve;
+    return SICCCurveType{static_cast<uint32_t>(entries.size()), entries.data(), 0.0f};
 }
 
 }  // namespace
 
-TEST(CurveDecoding, SingleGammaIsU8Fixed8) {
-    OwnedCurve curve;
-    ASSERT_TRUE(DecodeCurve(View(CurvGamma(0x0233)), curve));
-    EXPECT_EQ(curve.m_nCount, 1u);
-    EXPECT_FLOAT_EQ(curve.m_fGamma, 2.19921875f);
-    EXPECT_EQ(curve.m_pEntries, nullptr);
-}
+TEST(CurveDecoding, GammaSampledAndIdentity) {
+    OwnedCurve gamma;
+    ASSERT_TRUE(DecodeCurve(View(CurvGamma(0x0233)), gamma));
+    EXPECT_EQ(gamma.m_nCount, 1u);
+    EXPECT_FLOAT_EQ(gamma.m_fGamma, 2.19921875f);
+    EXPECT_EQ(gamma.m_pEntries, nullptr);
 
-TEST(CurveDecoding, SampledEntriesAreSwappedToHostOrder) {
-    OwnedCurve curve;
-    ASSERT_TRUE(DecodeCurve(View(CurvSampled({0x0102, 0x8000, 0xFFFE})), curve));
-    ASSERT_EQ(curve.m_nCount, 3u);
-    EXPECT_EQ(curve.m_pEntries[0], 0x0102);
-    EXPECT_EQ(curve.m_pEntries[1], 0x8000);
-    EXPECT_EQ(curve.m_pEntries[2], 0xFFFE);
+    OwnedCurve sampled;
+    ASSERT_TRUE(DecodeCurve(View(CurvSampled({0x0102, 0x8000, 0xFFFE})), sampled));
+    ASSERT_EQ(sampled.m_nCount, 3u);
+    EXPECT_EQ(std::vector<uint16_t>(sampled.m_pEntries, sampled.m_pEntries + 3),
+              (std::vector<uint16_t>{0x0102, 0x8000, 0xFFFE}));
+
+    OwnedCurve identity;
+    EXPECT_TRUE(DecodeCurve(View(CurvIdentity()), identity));
+    EXPECT_EQ(identity.m_nCount, 0u);
 }
 
 TEST(CurveDecoding, ATagShorterThanItsCountIsErrorCode202) {
@@ -59,17 +57,13 @@ TEST(CurveDecoding, ATagShorterThanItsCountIsErrorCode202) {
     }
     EXPECT_EQ(curve.m_nCount, 256u);
     EXPECT_EQ(curve.m_pEntries, nullptr);
-
     // A count of four billion in a 12-byte tag must not allocate.
     Bytes huge = CurvIdentity();
     PutBE32(huge, 8, 0xFFFFFFFF);
     EXPECT_THROW(DecodeCurve(View(huge), curve), CVException);
-
     Bytes gammaCut = CurvGamma(0x0100);
     gammaCut.resize(13);
     EXPECT_THROW(DecodeCurve(View(gammaCut), curve), CVException);
-    EXPECT_TRUE(DecodeCurve(View(CurvIdentity()), curve));
-    EXPECT_EQ(curve.m_nCount, 0u);
 }
 
 TEST(ParametricDecoding, WordsAreReadFromTheStartOfTheTag) {
@@ -90,19 +84,17 @@ TEST(ParametricDecoding, WordsAreReadFromTheStartOfTheTag) {
     EXPECT_EQ(type3.m_dE, 0.0);  // five words for type 3: e is never reached
 
     SICCParametricCurveType type0{};
-    Bytes zeroReserved = Para(0, {2.2});
-    DecodeParametricWords(View(zeroReserved), type0, 1);
+    DecodeParametricWords(View(Para(0, {2.2})), type0, 1);
     EXPECT_EQ(type0.m_dA, 0.0);
     EXPECT_EQ(type0.m_dB, 0.0);  // type word of a type-0 tag
 }
 
-TEST(ParametricDecoding, AnUnknownTypeFailsAfterSixWords) {
+TEST(ParametricDecoding, AnUnknownTypeFailsAndACutTagReadsOnlyInsideItself) {
     SICCParametricCurveType curve{};
     Bytes tag = Para(5, {0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5});
     EXPECT_FALSE(DecodeParametricCurve(View(tag), curve));
     EXPECT_EQ(curve.m_nParamCount, 0u);  // left as it was
     EXPECT_EQ(curve.m_nFunctionType, 5);
-    // A tag cut short still reads only inside itself.
     SICCParametricCurveType cut{};
     Bytes shortTag(tag.begin(), tag.begin() + 9);  // half the type word
     EXPECT_TRUE(DecodeParametricCurve(View(shortTag), cut));
@@ -110,66 +102,44 @@ TEST(ParametricDecoding, AnUnknownTypeFailsAfterSixWords) {
     EXPECT_EQ(cut.m_dG, 1.0);
 }
 
-TEST(GammaFit, ReducesAPowerCurveToItsExponent) {
-    auto power18 = PowerCurve(256, 1.8);
+TEST(GammaFit, ReducesAPowerCurveToItsExponentOrFallsBackTo22) {
+    auto power18 = PowerCurve(256, 1.8), power22 = PowerCurve(1024, 2.2);
     EXPECT_NEAR(FitGamma(CurveOf(power18)), 1.8, 0.005);
-    auto power22 = PowerCurve(1024, 2.2);
     EXPECT_NEAR(FitGamma(CurveOf(power22)), 2.2, 0.005);
     // Normalised by its own last value, not by 65535.
-    std::vector<uint16_t> half(power18.begin(), power18.end());
-    for (auto& v : half) v = uint16_t(v / 2);
-    EXPECT_NEAR(FitGamma(CurveOf(half)), 1.8, 0.01);
-}
+    for (auto& v : power18) v = uint16_t(v / 2);
+    EXPECT_NEAR(FitGamma(CurveOf(power18)), 1.8, 0.01);
 
-TEST(GammaFit, FallsBackTo22WhenNothingCanBeFitted) {
-    std::vector<uint16_t> two = {0, 65535};
-    EXPECT_EQ(FitGamma(CurveOf(two)), 2.2);
-    std::vector<uint16_t> zeros(256, 0);
-    EXPECT_EQ(FitGamma(CurveOf(zeros)), 2.2);
-    std::vector<uint16_t> top(256, 65535);
-    EXPECT_EQ(FitGamma(CurveOf(top)), 2.2);
-    SICCCurveType single{1, nullptr, 1.8f};
-    EXPECT_EQ(FitGamma(single), 2.2);
+    std::vector<uint16_t> two = {0, 65535}, zeros(256, 0), top(256, 65535);
+    for (auto* unfit : {&two, &zeros, &top}) EXPECT_EQ(FitGamma(CurveOf(*unfit)), 2.2);
+    EXPECT_EQ(FitGamma(SICCCurveType{1, nullptr, 1.8f}), 2.2);
 }
 
 TEST(SrgbRecognition, SamplesAgainstTheSrgbCurve) {
     std::vector<uint16_t> ends = {0, 65535};
     EXPECT_TRUE(IsSrgbCurve(CurveOf(ends)));  // only the end points are sampled
-    std::vector<uint16_t> ramp(256);
+    std::vector<uint16_t> ramp(256), one = {65535}, allZero(16, 0), power22 = PowerCurve(1024, 2.2);
     for (size_t i = 0; i < ramp.size(); ++i) ramp[i] = uint16_t(i * 257);
-    EXPECT_FALSE(IsSrgbCurve(CurveOf(ramp)));
-    auto power22 = PowerCurve(1024, 2.2);
-    EXPECT_FALSE(IsSrgbCurve(CurveOf(power22)));
-    std::vector<uint16_t> one = {65535};
-    EXPECT_FALSE(IsSrgbCurve(CurveOf(one)));
-    std::vector<uint16_t> allZero(16, 0);
-    EXPECT_FALSE(IsSrgbCurve(CurveOf(allZero)));
+    for (auto* other : {&ramp, &power22, &one, &allZero}) EXPECT_FALSE(IsSrgbCurve(CurveOf(*other)));
 }
 
 TEST(CurveAgreement, LengthsThatDifferAreNotToldApart) {
-    auto a = PowerCurve(256, 2.2);
-    auto b = PowerCurve(256, 2.2);
-    auto c = PowerCurve(1024, 1.0);
+    auto a = PowerCurve(256, 2.2), b = PowerCurve(256, 2.2), c = PowerCurve(1024, 1.0), d = PowerCurve(256, 2.2);
     EXPECT_TRUE(CurvesAgree(CurveOf(a), CurveOf(b), CurveOf(c)));
     b[100] += 1;
-    auto d = PowerCurve(256, 2.2);
     EXPECT_FALSE(CurvesAgree(CurveOf(a), CurveOf(b), CurveOf(d)));
     EXPECT_TRUE(CurvesAgree(CurveOf(a), CurveOf(d), CurveOf(a)));
 
-    SICCCurveType g18{1, nullptr, 1.8f}, g22{1, nullptr, 2.2f}, nan{1, nullptr, std::nanf("")};
+    SICCCurveType g18{1, nullptr, 1.8f}, g22{1, nullptr, 2.2f}, nan{1, nullptr, std::nanf("")}, identity{};
     EXPECT_TRUE(CurvesAgree(g18, g18, g18));
     EXPECT_FALSE(CurvesAgree(g18, g22, g18));
     EXPECT_FALSE(CurvesAgree(nan, nan, nan));
-    SICCCurveType identity{};
     EXPECT_TRUE(CurvesAgree(identity, identity, identity));
 }
 
-TEST(VideoCardGamma, TwoByteTableGetsDoubleRoomAndDropsTheLastValue) {
+TEST(VideoCardGamma, TablesGetDoubleRoomTwoByteDropsTheLastValueOneByteIsScaled) {
     Bytes data;
-    for (int i = 0; i < 768; ++i) {
-        data.push_back(uint8_t(i >> 8));
-        data.push_back(uint8_t(i + 1));
-    }
+    for (int i = 0; i < 768; ++i) data.insert(data.end(), {uint8_t(i >> 8), uint8_t(i + 1)});
     Bytes tag = VcgtTable(3, 256, 2, data);
     ASSERT_EQ(tag.size(), 1554u);
     SVCGTGamma gamma{};
@@ -183,16 +153,14 @@ TEST(VideoCardGamma, TwoByteTableGetsDoubleRoomAndDropsTheLastValue) {
     EXPECT_EQ(values[766], ((766 >> 8) << 8) | ((766 + 1) & 0xFF));
     EXPECT_EQ(values[767], 0);  // its last byte is the tag's last byte
     for (int i = 768; i < 1536; ++i) ASSERT_EQ(values[i], 0) << i;
-}
 
-TEST(VideoCardGamma, OneByteTableIsScaledUp) {
-    Bytes data(768);
-    for (int i = 0; i < 768; ++i) data[i] = uint8_t(i);
-    SVCGTGamma gamma{};
-    ASSERT_TRUE(DecodeVCGT(View(VcgtTable(3, 256, 1, data)), gamma));
-    std::unique_ptr<uint16_t[]> values(gamma.m_table.m_pData);
-    EXPECT_EQ(values[1], 0x0100);
-    EXPECT_EQ(values[767], 0xFF00);
+    Bytes ramp(768);
+    for (int i = 0; i < 768; ++i) ramp[i] = uint8_t(i);
+    SVCGTGamma narrow{};
+    ASSERT_TRUE(DecodeVCGT(View(VcgtTable(3, 256, 1, ramp)), narrow));
+    std::unique_ptr<uint16_t[]> scaled(narrow.m_table.m_pData);
+    EXPECT_EQ(scaled[1], 0x0100);
+    EXPECT_EQ(scaled[767], 0xFF00);
 }
 
 TEST(VideoCardGamma, FormulaKeepsTheFixedPointPatterns) {
@@ -200,10 +168,9 @@ TEST(VideoCardGamma, FormulaKeepsTheFixedPointPatterns) {
     SVCGTGamma gamma{};
     ASSERT_TRUE(DecodeVCGT(View(VcgtFormula(nine)), gamma));
     EXPECT_EQ(gamma.m_nGammaType, kVCGTFormula);
-    const SVCGTFormula& f = gamma.m_formula;
-    EXPECT_EQ(f.m_nRedGamma, nine[0]);
-    EXPECT_EQ(f.m_nGreenMin, nine[4]);
-    EXPECT_EQ(f.m_nBlueMax, nine[8]);
+    EXPECT_EQ(gamma.m_formula.m_nRedGamma, nine[0]);
+    EXPECT_EQ(gamma.m_formula.m_nGreenMin, nine[4]);
+    EXPECT_EQ(gamma.m_formula.m_nBlueMax, nine[8]);
 }
 
 TEST(VideoCardGamma, HeaderlessLayoutStartsAtByteEight) {
@@ -231,7 +198,6 @@ TEST(VideoCardGamma, ClaimsBeyondTheTagReadZerosOrFail) {
     ASSERT_TRUE(DecodeVCGT(View(VcgtTable(3, 256, 2, {})), gamma));
     std::unique_ptr<uint16_t[]> values(gamma.m_table.m_pData);
     for (int i = 0; i < 1536; ++i) ASSERT_EQ(values[i], 0);
-
     SVCGTGamma huge{};
     EXPECT_FALSE(DecodeVCGT(View(VcgtTable(0xFFFF, 0xFFFF, 0xFFFF, {})), huge));
     EXPECT_EQ(huge.m_table.m_pData, nullptr);
@@ -244,20 +210,16 @@ TEST(XYZDecoding, ValuesNeedTheirPlaceInTheTag) {
     EXPECT_NEAR(xyz.X, 0.9642, 1e-4);
     EXPECT_EQ(xyz.Y, 1.0);
 
-    Bytes noZ(tag.begin(), tag.begin() + 16);
     SMyXYZNumber partial{-1, -1, -1};
-    EXPECT_FALSE(DecodeXYZ(View(noZ), partial));
+    EXPECT_FALSE(DecodeXYZ(View(Bytes(tag.begin(), tag.begin() + 16)), partial));
     EXPECT_NEAR(partial.X, 0.9642, 1e-4);
     EXPECT_EQ(partial.Y, 1.0);
     EXPECT_EQ(partial.Z, -1);
 
-    Bytes negative = XYZ(-1.0, 0, 0);
-    ASSERT_TRUE(DecodeXYZ(View(negative), xyz));
+    ASSERT_TRUE(DecodeXYZ(View(XYZ(-1.0, 0, 0)), xyz));
     EXPECT_EQ(xyz.X, 65535.0);  // read as unsigned
-
-    Bytes wrongType = tag;
-    PutBE32(wrongType, 0, 'sf32');
-    EXPECT_FALSE(DecodeXYZ(View(wrongType), xyz));
+    PutBE32(tag, 0, 'sf32');
+    EXPECT_FALSE(DecodeXYZ(View(tag), xyz));
 }
 
 TEST(TextDecoding, DescCountAndTerminator) {
@@ -282,10 +244,8 @@ TEST(TextDecoding, MlucFirstRecordOnly) {
     EXPECT_EQ(text, L"abc");  // an odd length drops its last byte
     ASSERT_TRUE(DecodeMlucFirstRecord(View(Mluc({u"\U0001F600 ok \xD800!"})), text));
     EXPECT_EQ(text, L"\U0001F600 ok \uFFFD!");
-
-    Bytes none = Mluc({});
     text = L"kept";
-    EXPECT_FALSE(DecodeMlucFirstRecord(View(none), text));
+    EXPECT_FALSE(DecodeMlucFirstRecord(View(Mluc({})), text));
     EXPECT_EQ(text, L"kept");
 
     Bytes offsetOutside = Mluc({u"x"});
@@ -302,8 +262,7 @@ TEST(MatrixDecoding, NineWordsFromByteEight) {
     EXPECT_NEAR(m[0], 1.0478, 1e-4);
     EXPECT_NEAR(m[8], 0.7517, 1e-4);
     EXPECT_GT(m[2], 65535.0);  // negative words read as unsigned
-    Bytes cut(tag.begin(), tag.begin() + 12);
-    DecodeMatrix(View(cut), m);
+    DecodeMatrix(View(Bytes(tag.begin(), tag.begin() + 12)), m);
     EXPECT_NEAR(m[0], 1.0478, 1e-4);
     EXPECT_EQ(m[1], 0.0);
 }

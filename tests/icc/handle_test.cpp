@@ -16,21 +16,19 @@ namespace {
 
 class ProfileHandle : public tesk::test::IsolatedTest {
 protected:
-    void SetUp() override { fs::create_directories(env_.ColorDir()); }
+    void SetUp() override { Install(env_.ColorDir(), "A.icm", MatrixDisplay().Build()); }
 
     std::string Install(const std::string& folder, const std::string& name, const Bytes& bytes) {
         fs::create_directories(folder);
-        std::string path = folder + "/" + name;
-        tesk::test::WriteBytes(path, bytes);
-        return path;
+        tesk::test::WriteBytes(folder + "/" + name, bytes);
+        return folder + "/" + name;
     }
-
-    static std::wstring Windows(const std::string& path) { return tesk::path::ToWindows(path); }
+    void* Open(ReaderProbe& reader, std::wstring name) { return reader.OpenICCProfile(name.data()); }
 };
 
-std::vector<std::wstring> g_closed;
-BOOL WINAPI RecordingClose(HPROFILE profile) {
-    g_closed.push_back(L"close");
+int g_closes = 0;
+BOOL WINAPI CountingClose(HPROFILE profile) {
+    ++g_closes;
     auto real = reinterpret_cast<BOOL(WINAPI*)(HPROFILE)>(
         reinterpret_cast<void (*)()>(tesk::loader::RealProcAddress(L"MSCMS.DLL", "CloseColorProfile")));
     return real(profile);
@@ -38,45 +36,31 @@ BOOL WINAPI RecordingClose(HPROFILE profile) {
 
 }  // namespace
 
-TEST_F(ProfileHandle, BareNameOpensFromTheColourDirectory) {
-    Install(env_.ColorDir(), "Test Display.icm", MatrixDisplay().Build());
+TEST_F(ProfileHandle, BareNamesOpenFromTheColourDirectoryOthersAsTheyStand) {
     ReaderProbe reader;
-    std::wstring name = L"Test Display.icm";
-    void* handle = reader.OpenICCProfile(name.data());
+    void* handle = Open(reader, L"A.icm");
     ASSERT_NE(handle, nullptr);
-    // Opening does not adopt.
-    EXPECT_EQ(reader.GetProfile(), nullptr);
+    EXPECT_EQ(reader.GetProfile(), nullptr) << "opening does not adopt";
     EXPECT_TRUE(reader.CloseProfile(handle));
     EXPECT_EQ(handle, nullptr);
-
-    std::wstring missing = L"Not There.icm";
-    EXPECT_EQ(reader.OpenICCProfile(missing.data()), nullptr);
+    EXPECT_EQ(Open(reader, L"Not There.icm"), nullptr);
     EXPECT_EQ(reader.OpenICCProfile(nullptr), nullptr);
-}
 
-TEST_F(ProfileHandle, NameWithBackslashOrColonIsUsedAsItStands) {
-    std::string path = Install(env_.Root() + "/elsewhere", "Away.icc", MatrixDisplay().Build());
-    ReaderProbe reader;
-    std::wstring withBackslash = Windows(path);
-    void* handle = reader.OpenICCProfile(withBackslash.data());
-    ASSERT_NE(handle, nullptr);
-    reader.CloseProfile(handle);
-
-    std::wstring withDrive = L"Z:" + Windows(path);
-    handle = reader.OpenICCProfile(withDrive.data());
-    ASSERT_NE(handle, nullptr);
-    reader.CloseProfile(handle);
-
-    // Without a separator the same name is looked for in the colour directory.
-    std::wstring bare = L"Away.icc";
-    EXPECT_EQ(reader.OpenICCProfile(bare.data()), nullptr);
+    // A backslash or a colon makes the name a path.
+    const std::wstring away =
+        tesk::path::ToWindows(Install(env_.Root() + "/elsewhere", "Away.icc", MatrixDisplay().Build()));
+    for (const std::wstring& name : {away, L"Z:" + away}) {
+        handle = Open(reader, name);
+        ASSERT_NE(handle, nullptr);
+        reader.CloseProfile(handle);
+    }
+    EXPECT_EQ(Open(reader, L"Away.icc"), nullptr);
 }
 
 TEST_F(ProfileHandle, OwnProfilesAreLookedForBesideTheExecutable) {
     ReaderProbe reader;
-    CString swop;
+    CString swop, fogra;
     ASSERT_TRUE(swop.LoadString(10403));
-    CString fogra;
     ASSERT_TRUE(fogra.LoadString(10402));
     EXPECT_EQ(reader.IsCustomColorProfile(swop), 1);
     EXPECT_EQ(reader.IsCustomColorProfile(fogra), 1);
@@ -90,6 +74,8 @@ TEST_F(ProfileHandle, OwnProfilesAreLookedForBesideTheExecutable) {
     CString directory;
     reader.GetColorDirectoryW(directory, swop);
     EXPECT_EQ(directory, expected);
+    reader.GetColorDirectoryW(directory, CString(L"anything.icc"));
+    EXPECT_EQ(directory, CString(tesk::path::ToWindows(env_.ColorDir())));
 
     std::wstring name = swop.Str();
     void* handle = reader.OpenICCProfile(name.data());
@@ -100,37 +86,26 @@ TEST_F(ProfileHandle, OwnProfilesAreLookedForBesideTheExecutable) {
     EXPECT_EQ(header.phDataColorSpace, DWORD('CMYK'));
 }
 
-TEST_F(ProfileHandle, OtherNamesUseThePlatformColourDirectory) {
-    ReaderProbe reader;
-    CString directory;
-    reader.GetColorDirectoryW(directory, CString(L"anything.icc"));
-    EXPECT_EQ(directory, CString(Windows(env_.ColorDir())));
-}
-
 TEST_F(ProfileHandle, AnInvalidProfileIsClosedAndNotReturned) {
     ProfileBuilder broken = MatrixDisplay();
     broken.Remove('wtpt');
     Install(env_.ColorDir(), "Broken.icm", broken.Build());
-
-    tesk::loader::Substitute recording;
-    recording.overrides["CloseColorProfile"] = reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(&RecordingClose));
-    tesk::loader::SetSubstitute(L"MSCMS.DLL", recording);
+    tesk::loader::Substitute counting;
+    counting.overrides["CloseColorProfile"] = reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(&CountingClose));
+    tesk::loader::SetSubstitute(L"MSCMS.DLL", counting);
     ReaderProbe reader;
     tesk::loader::ClearSubstitutes();
-    g_closed.clear();
-    std::wstring name = L"Broken.icm";
-    EXPECT_EQ(reader.OpenICCProfile(name.data()), nullptr);
-    EXPECT_EQ(g_closed.size(), 1u);
+    g_closes = 0;
+    EXPECT_EQ(Open(reader, L"Broken.icm"), nullptr);
+    EXPECT_EQ(g_closes, 1);
 }
 
 TEST_F(ProfileHandle, SetProfileAdoptsClosingTheOldAndIgnoresNull) {
-    Install(env_.ColorDir(), "A.icm", MatrixDisplay().Build());
     ReaderProbe reader;
-    std::wstring name = L"A.icm";
+    std::wstring name = L"A.icm", other = L"other";
     void* first = reader.OpenICCProfile(name.data());
     reader.SetProfile(first, name.data());
     void* none = nullptr;
-    std::wstring other = L"other";
     reader.SetProfile(none, other.data());
     EXPECT_EQ(reader.GetProfile(), first);
     EXPECT_EQ(reader.m_strProfileName, L"A.icm");
@@ -143,13 +118,11 @@ TEST_F(ProfileHandle, SetProfileAdoptsClosingTheOldAndIgnoresNull) {
 }
 
 TEST_F(ProfileHandle, CloseProfileOfAHandleClearsTheObjectOnlyWhenItIsItsOwn) {
-    Install(env_.ColorDir(), "A.icm", MatrixDisplay().Build());
     ReaderProbe reader;
     std::wstring name = L"A.icm";
     void* own = reader.OpenICCProfile(name.data());
     reader.SetProfile(own, name.data());
     void* foreign = reader.OpenICCProfile(name.data());
-
     EXPECT_TRUE(reader.CloseProfile(foreign));
     EXPECT_EQ(foreign, nullptr);
     EXPECT_EQ(reader.GetProfile(), own);
@@ -163,19 +136,16 @@ TEST_F(ProfileHandle, CloseProfileOfAHandleClearsTheObjectOnlyWhenItIsItsOwn) {
 }
 
 TEST_F(ProfileHandle, OnlyAnOwningObjectClosesOnDestruction) {
-    Install(env_.ColorDir(), "A.icm", MatrixDisplay().Build());
     ReaderProbe opener;
-    std::wstring name = L"A.icm";
-    void* handle = opener.OpenICCProfile(name.data());
+    void* handle = Open(opener, L"A.icm");
     { CICCReadColorProfile borrowing(handle, L"A.icm", false); }
     EXPECT_TRUE(IsOpen(opener, handle));
     { CICCColorProfile owning(handle, nullptr, true); }
     EXPECT_FALSE(IsOpen(opener, handle));
 }
 
-TEST_F(ProfileHandle, CopySharesTheHandleAndRebindsWithoutProfileBytes) {
-    Bytes bytes = MatrixDisplay().Build();
-    auto original = ReaderOf(bytes);
+TEST(ProfileCopies, CopyRebindsWithoutProfileBytesAssignmentCopiesEveryMember) {
+    auto original = ReaderOf(MatrixDisplay().Build());
     ASSERT_NE(original->GetProfile(), nullptr);
     original->m_bOwnsHandle = FALSE;
     ReaderProbe copy(*original);
@@ -184,24 +154,18 @@ TEST_F(ProfileHandle, CopySharesTheHandleAndRebindsWithoutProfileBytes) {
     EXPECT_NE(original->m_pfnGetColorProfileFromHandle, nullptr);
     EXPECT_EQ(copy.m_pfnGetColorProfileFromHandle, nullptr);
     EXPECT_NE(copy.m_pfnGetColorProfileElement, nullptr);
-    // The copy still reads the shared profile.
     CString text;
     EXPECT_TRUE(copy.GetDescription(text));
     EXPECT_EQ(text, L"Test RGB");
-}
 
-TEST_F(ProfileHandle, AssignmentCopiesEveryMember) {
-    Bytes bytes = MatrixDisplay().Build();
-    auto source = ReaderOf(bytes);
-    source->m_bOwnsHandle = FALSE;
     void* none = nullptr;
     ReaderProbe target(none, L"before", true);
-    target = *source;
-    EXPECT_EQ(target.GetProfile(), source->GetProfile());
-    EXPECT_EQ(target.m_strProfileName, source->m_strProfileName);
+    target = *original;
+    EXPECT_EQ(target.GetProfile(), original->GetProfile());
+    EXPECT_EQ(target.m_strProfileName, original->m_strProfileName);
     EXPECT_EQ(target.m_bOwnsHandle, FALSE);
-    EXPECT_EQ(target.m_pfnGetColorProfileFromHandle, source->m_pfnGetColorProfileFromHandle);
-    EXPECT_EQ(target.m_pfnSetColorProfileElementSize, source->m_pfnSetColorProfileElementSize);
+    EXPECT_EQ(target.m_pfnGetColorProfileFromHandle, original->m_pfnGetColorProfileFromHandle);
+    EXPECT_EQ(target.m_pfnSetColorProfileElementSize, original->m_pfnSetColorProfileElementSize);
 }
 
 TEST(ProfileBinding, AMissingExportStopsTheChain) {
@@ -249,12 +213,10 @@ TEST(ProfileBinding, WithoutTheDialogModuleNothingIsBound) {
 }
 
 TEST(ProfileQueries, ProfileBytesTagCountAndTransforms) {
-    Bytes bytes = MatrixDisplay().Build();
-    auto reader = ReaderOf(bytes);
+    auto reader = ReaderOf(MatrixDisplay().Build());
     void* handle = reader->GetProfile();
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(reader->GetNumberOfTags(handle), 9);
-
     unsigned long size = 0;
     EXPECT_TRUE(reader->GetProfile(handle, nullptr, &size));
     ASSERT_GE(size, 128u);
@@ -266,6 +228,14 @@ TEST(ProfileQueries, ProfileBytesTagCountAndTransforms) {
     ASSERT_NE(transform, nullptr);
     EXPECT_TRUE(reader->m_pfnDeleteColorTransform(transform));
     EXPECT_TRUE(reader->Is64BitWindows());
+
+    // The base class reads no tags, so it has no texts.
+    CICCColorProfile base(handle, L"base", false);
+    std::string text = "kept";
+    EXPECT_FALSE(base.GetTextString(handle, 'desc', text));
+    EXPECT_EQ(text, "kept");
+    EXPECT_TRUE(reader->GetTextString(handle, 'desc', text));
+    EXPECT_EQ(text, "Test RGB");
 }
 
 TEST(ProfileQueries, NullHandleAnswersWithoutThePlatform) {
@@ -279,16 +249,4 @@ TEST(ProfileQueries, NullHandleAnswersWithoutThePlatform) {
     EXPECT_EQ(reader.GetRequestedTag('desc', size), nullptr);
     EXPECT_EQ(size, 7u);
     EXPECT_EQ(reader.GetLCSCSType(none), 0);
-}
-
-TEST(ProfileQueries, BaseClassHasNoTagsSoNoTexts) {
-    Bytes bytes = MatrixDisplay().Build();
-    auto reader = ReaderOf(bytes);
-    void* handle = reader->GetProfile();
-    CICCColorProfile base(handle, L"base", false);
-    std::string text = "kept";
-    EXPECT_FALSE(base.GetTextString(handle, 'desc', text));
-    EXPECT_EQ(text, "kept");
-    EXPECT_TRUE(reader->GetTextString(handle, 'desc', text));
-    EXPECT_EQ(text, "Test RGB");
 }

@@ -2,6 +2,7 @@
 // asked, the platform's verdict, and the repair of version 2.1.0 profiles.
 #include <tesk/loader.h>
 
+#include <functional>
 #include <stdexcept>
 
 #include "reader_support.h"
@@ -41,69 +42,60 @@ Bytes UnterminatedCopyrightProfile(uint32_t version) {
 
 }  // namespace
 
-TEST(RawProfileChecks, DeclaredSizeMustFitTheBlock) {
-    Bytes bytes = MatrixDisplay().Build();
-    ReaderProbe exact;
-    Outcome accepted = Open(exact, bytes, bytes.size());
-    EXPECT_TRUE(accepted.result && accepted.valid && accepted.hasHandle);
-
-    ReaderProbe shorter;
-    Outcome refused = Open(shorter, bytes, bytes.size() - 1);
-    EXPECT_FALSE(refused.result);
-    EXPECT_TRUE(refused.valid);
-    EXPECT_FALSE(refused.hasHandle);
-
-    Bytes padded = bytes;
-    padded.resize(bytes.size() + 64, 0);
-    EXPECT_TRUE(Open(padded).result);
-}
-
-TEST(RawProfileChecks, OneMatchingSignatureByteIsEnough) {
-    // A block that passes the lenient test reaches the platform, which judges
-    // the signature strictly: invalid (valid comes back false). A refused
-    // block never reaches it (valid stays true).
-    for (const char* signature : {"axxx", "xcxx", "xxsx", "xxxp"}) {
+// `valid` turns false only when the platform opened the profile and judged it;
+// a block refused before (or by) the platform's open leaves it true.
+TEST(RawProfileChecks, VerdictPerDamage) {
+    auto signature = [](const char* s) { return [s](Bytes& b) { std::copy_n(s, 4, b.begin() + 36); }; };
+    auto version = [](uint32_t v) { return [v](Bytes& b) { PutBE32(b, 8, v); }; };
+    struct Row {
+        const char* what;
+        std::function<void(Bytes&)> damage;
+        long sizeDelta;
+        bool result, valid;
+    };
+    const Row rows[] = {
+        {"intact", nullptr, 0, true, true},
+        {"block longer than declared", nullptr, 64, true, true},
+        {"block one byte short", nullptr, -1, false, true},
+        // One matching signature byte passes the lenient test; the platform is strict.
+        {"axxx", signature("axxx"), 0, false, false},
+        {"xcxx", signature("xcxx"), 0, false, false},
+        {"xxsx", signature("xxsx"), 0, false, false},
+        {"xxxp", signature("xxxp"), 0, false, false},
+        {"xxxx", signature("xxxx"), 0, false, true},
+        {"major 0", version(0), 0, false, true},
+        {"major 1", version(0x01000000), 0, false, true},
+        {"major 5", version(0x05000000), 0, false, true},
+        {"major 255", version(0xFF000000), 0, false, true},
+        {"2.0", version(0x02000000), 0, true, true},
+        {"2.4", version(0x02400000), 0, true, true},
+        {"3.0", version(0x03000000), 0, true, true},
+        {"4.3", version(0x04300000), 0, true, true},
+        {"first tag far outside", [](Bytes& b) { PutBE32(b, 136, 0x7FFFFF00); }, 0, false, true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
         Bytes bytes = MatrixDisplay().Build();
-        std::copy(signature, signature + 4, bytes.begin() + 36);
-        Outcome outcome = Open(bytes);
-        EXPECT_FALSE(outcome.result) << signature;
-        EXPECT_FALSE(outcome.valid) << signature;
-    }
-    Bytes bytes = MatrixDisplay().Build();
-    std::copy_n("xxxx", 4, bytes.begin() + 36);
-    Outcome refused = Open(bytes);
-    EXPECT_FALSE(refused.result);
-    EXPECT_TRUE(refused.valid);
-}
-
-TEST(RawProfileChecks, MajorVersionTwoToFourOnly) {
-    for (uint32_t major : {1u, 5u, 0u, 0xFFu}) {
-        ProfileBuilder builder = MatrixDisplay();
-        builder.version = major << 24;
-        Outcome outcome = Open(builder.Build());
-        EXPECT_FALSE(outcome.result) << major;
-        EXPECT_TRUE(outcome.valid) << major;
-    }
-    for (uint32_t version : {0x02000000u, 0x02400000u, 0x03000000u, 0x04300000u}) {
-        ProfileBuilder builder = MatrixDisplay();
-        builder.version = version;
-        EXPECT_TRUE(Open(builder.Build()).result) << std::hex << version;
+        const size_t declared = bytes.size();
+        if (row.damage) row.damage(bytes);
+        bytes.resize(declared + 64, 0);
+        ReaderProbe reader;
+        const Outcome outcome = Open(reader, bytes, size_t(long(declared) + row.sizeDelta));
+        EXPECT_EQ(outcome.result, row.result);
+        EXPECT_EQ(outcome.valid, row.valid);
+        EXPECT_EQ(outcome.hasHandle, row.result);
     }
 }
 
 TEST(RawProfileChecks, AtMost128Tags) {
     ProfileBuilder builder = MatrixDisplay();
     for (uint32_t i = 0; builder.TagCount() < 128; ++i) builder.Set('p000' + i, Text("private"));
-    // The engine behind the platform takes at most 100 tags; judge the count
-    // check alone with a platform that takes what it can open.
-    Bytes most = builder.Build();
-    EXPECT_NE(LenientReaderOf(most)->GetProfile(), nullptr);
-
+    // The engine behind the platform takes at most 100 tags: judge the count
+    // alone with a platform that takes what it can open.
+    EXPECT_NE(LenientReaderOf(builder.Build())->GetProfile(), nullptr);
     builder.Set('q000', Text("one too many"));
-    Bytes tooMany = builder.Build();
-    auto refused = LenientReaderOf(tooMany);
-    EXPECT_EQ(refused->GetProfile(), nullptr);
-    Outcome outcome = Open(tooMany);
+    EXPECT_EQ(LenientReaderOf(builder.Build())->GetProfile(), nullptr);
+    Outcome outcome = Open(builder.Build());
     EXPECT_FALSE(outcome.result);
     EXPECT_TRUE(outcome.valid);
 }
@@ -114,22 +106,19 @@ TEST(RawProfileChecks, BlocksTooShortForAHeaderAreRefusedSafely) {
         PutBE32(bytes, 0, uint32_t(size));
         ReaderProbe reader;
         Outcome outcome = Open(reader, bytes, size);
-        EXPECT_FALSE(outcome.result) << size;
-        EXPECT_FALSE(outcome.hasHandle) << size;
+        EXPECT_FALSE(outcome.result || outcome.hasHandle) << size;
     }
-    ReaderProbe reader;
     bool valid = false;
-    EXPECT_FALSE(reader.CreateFromRawData(nullptr, 0, valid));
+    EXPECT_FALSE(ReaderProbe().CreateFromRawData(nullptr, 0, valid));
     EXPECT_TRUE(valid);
 }
 
-TEST(RawProfileRepair, Version210ProfileHasItsCopyrightResizedAndPasses) {
+TEST(RawProfileRepair, OnlyVersion210ProfilesHaveTheirCopyrightResized) {
     ReaderProbe reader;
     Bytes bytes = UnterminatedCopyrightProfile(0x02100000);
     Outcome outcome = Open(reader, bytes, bytes.size());
     ASSERT_TRUE(outcome.result);
     EXPECT_TRUE(outcome.valid);
-
     unsigned long size = 0;
     std::unique_ptr<unsigned char[]> copyright(reader.GetRequestedTag('cprt', size));
     ASSERT_TRUE(copyright);
@@ -138,21 +127,15 @@ TEST(RawProfileRepair, Version210ProfileHasItsCopyrightResizedAndPasses) {
     CString text;
     ASSERT_TRUE(reader.GetCopyright(text));
     EXPECT_EQ(text, L"Copyright");
-}
 
-TEST(RawProfileRepair, OtherVersionsAreAskedAgainWithoutRepair) {
-    Outcome outcome = Open(UnterminatedCopyrightProfile(0x02200000));
-    EXPECT_FALSE(outcome.result);
-    EXPECT_FALSE(outcome.valid);
-    EXPECT_FALSE(outcome.hasHandle);
-
-    // The repair cannot mend anything but the copyright.
+    outcome = Open(UnterminatedCopyrightProfile(0x02200000));
+    EXPECT_FALSE(outcome.result || outcome.valid || outcome.hasHandle);
+    // The repair mends nothing but the copyright.
     ProfileBuilder noWhite = MatrixDisplay();
     noWhite.version = 0x02100000;
     noWhite.Remove('wtpt');
-    Outcome stillInvalid = Open(noWhite.Build());
-    EXPECT_FALSE(stillInvalid.result);
-    EXPECT_FALSE(stillInvalid.valid);
+    outcome = Open(noWhite.Build());
+    EXPECT_FALSE(outcome.result || outcome.valid);
 }
 
 TEST(RawProfileRepair, ReaderMadeOverAHandleCannotRepair) {
@@ -162,17 +145,7 @@ TEST(RawProfileRepair, ReaderMadeOverAHandleCannotRepair) {
     EXPECT_EQ(overHandle.m_pfnSetColorProfileElementSize, nullptr);
     Bytes bytes = UnterminatedCopyrightProfile(0x02100000);
     Outcome outcome = Open(overHandle, bytes, bytes.size());
-    EXPECT_FALSE(outcome.result);
-    EXPECT_FALSE(outcome.valid);
-}
-
-TEST(RawProfileOpen, PlatformRefusalKeepsValidTrue) {
-    Bytes bytes = MatrixDisplay().Build();
-    PutBE32(bytes, 136, 0x7FFFFF00);  // first tag's offset far outside the block
-    Outcome outcome = Open(bytes);
-    EXPECT_FALSE(outcome.result);
-    EXPECT_TRUE(outcome.valid);
-    EXPECT_FALSE(outcome.hasHandle);
+    EXPECT_FALSE(outcome.result || outcome.valid);
 }
 
 namespace {
@@ -187,9 +160,8 @@ TEST(RawProfileOpen, PlatformExceptionIsCaught) {
     tesk::loader::ClearSubstitutes();
     Bytes bytes = MatrixDisplay().Build();
     Outcome outcome = Open(reader, bytes, bytes.size());
-    EXPECT_FALSE(outcome.result);
+    EXPECT_FALSE(outcome.result || outcome.hasHandle);
     EXPECT_TRUE(outcome.valid);
-    EXPECT_FALSE(outcome.hasHandle);
 }
 
 TEST(RawProfileOpen, AFailureDropsThePreviousHandleWithoutClosingIt) {
@@ -197,7 +169,6 @@ TEST(RawProfileOpen, AFailureDropsThePreviousHandleWithoutClosingIt) {
     Bytes good = MatrixDisplay().Build();
     ASSERT_TRUE(Open(reader, good, good.size()).result);
     void* previous = reader.GetProfile();
-
     Bytes bad = good;
     bad[8] = 7;
     EXPECT_FALSE(Open(reader, bad, bad.size()).result);

@@ -44,10 +44,6 @@ TEST(ProfileTexts, TextStringDecodesToUtf8AndKeepsOldTextOnEmptyDesc) {
     ASSERT_TRUE(reader->GetTextString(handle, 'zdsc', text));
     EXPECT_EQ(text, "\xF0\x9F\x98\x80 smile");
 
-    auto odd = WithTag('zdsc', Mluc({u"abcd"}, -1));
-    ASSERT_TRUE(odd->GetTextString(handle, 'zdsc', text));
-    EXPECT_EQ(text, "abc");
-
     // An empty desc leaves the text; the answer is whether a text is there.
     auto empty = WithTag('zdsc', Desc("ignored", 0));
     text = "old";
