@@ -30,17 +30,6 @@ struct LcmsProfile {
     cmsHPROFILE handle;
 };
 
-// The three vcgt curves as Little CMS decodes them.
-const cmsToneCurve* const* LcmsVideoCardGamma(cmsHPROFILE profile) {
-    return static_cast<const cmsToneCurve* const*>(cmsReadTag(profile, cmsSigVcgtTag));
-}
-
-std::string LcmsText(cmsHPROFILE profile, cmsInfoType info) {
-    char text[256] = {};
-    cmsGetProfileInfoASCII(profile, info, "en", "US", text, sizeof text);
-    return text;
-}
-
 class ReadBack : public tesk::test::IsolatedTest {
 protected:
     // Opens a profile of the colour directory in a reader that owns it.
@@ -95,8 +84,8 @@ TEST_F(ReadBack, SelfCheckProfileCarriesEveryTagItWrote) {
     ExpectXYZ('wtpt', 0.964203, 1.0, 0.824905);
     ExpectXYZ('bkpt', 0.0, 0.0, 0.0);
 
-    // The reader takes every word as unsigned, so a negative entry comes back
-    // 65536 higher; the bits written are what this compares.
+    // The reader takes words as unsigned (negatives come back 65536 higher);
+    // Little CMS reads them signed.
     const double adaptation[9] = {1.047882, 0.022919, -0.050201, 0.029587, 0.990479,
                                   -0.017059, -0.009232, 0.015076, 0.751678};
     double matrix[9] = {};
@@ -118,23 +107,9 @@ TEST_F(ReadBack, SelfCheckProfileCarriesEveryTagItWrote) {
 
     LcmsProfile lcms(path);
     ASSERT_NE(lcms.handle, nullptr);
-    EXPECT_EQ(cmsGetDeviceClass(lcms.handle), cmsSigDisplayClass);
-    EXPECT_EQ(cmsGetColorSpace(lcms.handle), cmsSigRgbData);
-    EXPECT_EQ(cmsGetPCS(lcms.handle), cmsSigXYZData);
-    EXPECT_EQ(cmsGetEncodedICCversion(lcms.handle), 0x02100000u);
-    EXPECT_EQ(LcmsText(lcms.handle, cmsInfoDescription), "Lorn's Test ICC profile.");
-    const auto* red = static_cast<const cmsCIEXYZ*>(cmsReadTag(lcms.handle, cmsSigRedColorantTag));
-    ASSERT_NE(red, nullptr);
-    EXPECT_NEAR(red->X, 0.436066, kFixedStep);
-    const auto* green = static_cast<const cmsToneCurve*>(cmsReadTag(lcms.handle, cmsSigGreenTRCTag));
-    ASSERT_NE(green, nullptr);
-    EXPECT_NEAR(cmsEstimateGamma(green, 0.01), 2.19921875, 0.01);
     const auto* chad = static_cast<const double*>(cmsReadTag(lcms.handle, cmsSigChromaticAdaptationTag));
     ASSERT_NE(chad, nullptr);
     for (int i = 0; i < 9; ++i) EXPECT_NEAR(chad[i], adaptation[i], kFixedStep) << i;
-    const cmsToneCurve* const* vcgt = LcmsVideoCardGamma(lcms.handle);
-    ASSERT_NE(vcgt, nullptr);
-    for (int channel = 0; channel < 3; ++channel) EXPECT_NEAR(cmsEvalToneCurveFloat(vcgt[channel], 0.5f), 0.5, 1e-3);
 
     // The profile works as a transform's destination.
     cmsHPROFILE srgb = cmsCreate_sRGBProfile();
@@ -153,23 +128,11 @@ TEST_F(ReadBack, SelfCheckHeaderHoldsTheDefaults) {
     WrittenProfile file(ColorPath("TestWriteProfile.icm"));
 
     EXPECT_EQ(file.HeaderWord(0), file.Bytes().size()) << "the file's size field is its true size";
-    EXPECT_EQ(file.HeaderWord(4), static_cast<uint32_t>(CMM_WINDOWS_DEFAULT));
-    EXPECT_EQ(file.HeaderWord(8), 0x02100000u);
-    EXPECT_EQ(file.HeaderWord(12), static_cast<uint32_t>('mntr'));
-    EXPECT_EQ(file.HeaderWord(16), static_cast<uint32_t>('RGB '));
-    EXPECT_EQ(file.HeaderWord(20), static_cast<uint32_t>('XYZ '));
-    EXPECT_EQ(file.HeaderWord(36), static_cast<uint32_t>('acsp'));
-    EXPECT_EQ(file.HeaderWord(40), static_cast<uint32_t>('MSFT'));
-    EXPECT_EQ(file.HeaderWord(44), 0u);
-    EXPECT_EQ(file.HeaderWord(48), static_cast<uint32_t>('none'));
-    EXPECT_EQ(file.HeaderWord(52), 0u);
-    EXPECT_EQ(file.HeaderWord(56), 0u);
-    EXPECT_EQ(file.HeaderWord(60), 0u);
-    EXPECT_EQ(file.HeaderWord(64), 0u);
-    EXPECT_EQ(file.HeaderWord(68), 0x0000F6D6u);
-    EXPECT_EQ(file.HeaderWord(72), 0x00010000u);
-    EXPECT_EQ(file.HeaderWord(76), 0x0000D32Du);
-    EXPECT_EQ(file.HeaderWord(80), static_cast<uint32_t>(CMM_WINDOWS_DEFAULT));
+    const std::pair<size_t, uint32_t> words[] = {
+        {4, CMM_WINDOWS_DEFAULT}, {8, 0x02100000}, {12, 'mntr'}, {16, 'RGB '}, {20, 'XYZ '}, {36, 'acsp'},
+        {40, 'MSFT'}, {44, 0}, {48, 'none'}, {52, 0}, {56, 0}, {60, 0}, {64, 0}, {68, 0xF6D6}, {72, 0x10000},
+        {76, 0xD32D}, {80, CMM_WINDOWS_DEFAULT}};
+    for (const auto& [offset, value] : words) EXPECT_EQ(file.HeaderWord(offset), value) << offset;
     for (size_t offset = 84; offset < 128; offset += 4) EXPECT_EQ(file.HeaderWord(offset), 0u) << offset;
     EXPECT_EQ(file.TagCount(), 12u);
 
@@ -281,23 +244,6 @@ TEST_F(ReadBack, ProfileBuiltTagByTagKeepsCurvesColorantsAndGammaTable) {
     EXPECT_EQ(created.tm_mday, 29);
     EXPECT_EQ(created.tm_hour, 13);
     EXPECT_EQ(created.tm_min, 45);
-    const auto* blueCurve = static_cast<const cmsToneCurve*>(cmsReadTag(lcms.handle, cmsSigBlueTRCTag));
-    ASSERT_NE(blueCurve, nullptr);
-    ASSERT_EQ(cmsGetToneCurveEstimatedTableEntries(blueCurve), counts[2]);
-    EXPECT_EQ(std::vector<uint16_t>(cmsGetToneCurveEstimatedTable(blueCurve),
-                                    cmsGetToneCurveEstimatedTable(blueCurve) + counts[2]),
-              entries[2]);
-    const auto* blueColorant = static_cast<const cmsCIEXYZ*>(cmsReadTag(lcms.handle, cmsSigBlueColorantTag));
-    ASSERT_NE(blueColorant, nullptr);
-    EXPECT_EQ(blueColorant->Z, blue.Z);
-    const cmsToneCurve* const* lcmsVcgt = LcmsVideoCardGamma(lcms.handle);
-    ASSERT_NE(lcmsVcgt, nullptr);
-    const cmsUInt16Number* greenRamp = cmsGetToneCurveEstimatedTable(lcmsVcgt[1]);
-    ASSERT_EQ(cmsGetToneCurveEstimatedTableEntries(lcmsVcgt[1]), 256u);
-    for (size_t i = 0; i < 256; ++i) {
-        const uint16_t written = ramp[256 + i];
-        ASSERT_EQ(greenRamp[i], static_cast<uint16_t>((written >> 8) | (written << 8))) << i;
-    }
 
     ExpectIccDumpClean(path);
 }

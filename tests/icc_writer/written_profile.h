@@ -1,38 +1,78 @@
-// What a test needs to look at a profile the writer produced: the file's
-// bytes parsed independently of the module, and the tools that judge it.
+// A profile the writer produced, parsed independently of the module, and
+// ArgyllCMS iccdump's verdict on it.
 #pragma once
+#include <sys/wait.h>
+
+#include <array>
 #include <cstdint>
+#include <cstdio>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/temp_env.h"
+
 namespace tesk::test {
+
+// Big-endian words; bytes past the end read as zero.
+inline uint32_t BE32(const std::vector<uint8_t>& bytes, size_t offset) {
+    uint32_t value = 0;
+    for (size_t i = 0; i < 4; ++i) value = (value << 8) | (offset + i < bytes.size() ? bytes[offset + i] : 0);
+    return value;
+}
+inline uint16_t BE16(const std::vector<uint8_t>& bytes, size_t offset) {
+    return static_cast<uint16_t>(BE32(bytes, offset) >> 16);
+}
 
 class WrittenProfile {
 public:
-    explicit WrittenProfile(const std::string& path);
+    explicit WrittenProfile(const std::string& path) : bytes_(ReadBytes(path)) {}
 
     const std::vector<uint8_t>& Bytes() const { return bytes_; }
-    uint32_t HeaderWord(size_t offset) const { return BE32(offset); }
-    uint32_t TagCount() const { return BE32(128); }
+    uint32_t HeaderWord(size_t offset) const { return BE32(bytes_, offset); }
+    uint32_t TagCount() const { return BE32(bytes_, 128); }
     // The tag's data as the table places it; nothing when absent or outside the file.
-    std::optional<std::vector<uint8_t>> Tag(uint32_t signature) const;
-
-    uint32_t BE32(size_t offset) const;
+    std::optional<std::vector<uint8_t>> Tag(uint32_t signature) const {
+        for (uint32_t i = 0; i < TagCount() && 132 + 12 * (size_t{i} + 1) <= bytes_.size(); ++i) {
+            const size_t entry = 132 + 12 * size_t{i};
+            if (BE32(bytes_, entry) != signature) continue;
+            const size_t offset = BE32(bytes_, entry + 4), size = BE32(bytes_, entry + 8);
+            if (offset > bytes_.size() || size > bytes_.size() - offset) return std::nullopt;
+            return std::vector<uint8_t>(bytes_.begin() + long(offset), bytes_.begin() + long(offset + size));
+        }
+        return std::nullopt;
+    }
 
 private:
     std::vector<uint8_t> bytes_;
 };
 
-uint32_t BE32(const std::vector<uint8_t>& bytes, size_t offset);
-uint16_t BE16(const std::vector<uint8_t>& bytes, size_t offset);
-
-// ArgyllCMS iccdump's full dump of the file, and whether it ran and
-// reported no error, warning or undecodable tag. Empty optional when iccdump is not installed.
+// iccdump's full dump, and whether it ran and reported no error, warning or
+// undecodable tag. Nothing when iccdump is not installed.
 struct IccDumpResult {
     bool clean = false;
     std::string output;
 };
-std::optional<IccDumpResult> RunIccDump(const std::string& path);
+inline std::optional<IccDumpResult> RunIccDump(const std::string& path) {
+    std::string tool;
+    for (const char* candidate : {"/usr/bin/iccdump", "/usr/local/bin/iccdump"})
+        if (std::filesystem::exists(candidate)) tool = candidate;
+    if (tool.empty()) return std::nullopt;
+    std::string quoted = "'";
+    for (char c : path) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    FILE* pipe = popen((tool + " -v 3 " + quoted + "' 2>&1").c_str(), "r");
+    if (!pipe) return std::nullopt;
+    IccDumpResult result;
+    std::array<char, 4096> chunk;
+    while (size_t got = fread(chunk.data(), 1, chunk.size(), pipe)) result.output.append(chunk.data(), got);
+    const int status = pclose(pipe);
+    // iccdump exits with 0 even when it cannot decode a tag; it says so in the dump.
+    bool complained = false;
+    for (const char* word : {"rror", "arning", "ailed", "Unable", "Unknown"})
+        complained = complained || result.output.find(word) != std::string::npos;
+    result.clean = status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == 0 && !complained;
+    return result;
+}
 
 }  // namespace tesk::test
