@@ -20,8 +20,11 @@ namespace {
 // threads are already running, so a long single row is worth splitting.
 constexpr uint64_t kParallelPixels = 4096;
 constexpr uint64_t kPixelsPerPart = 2048;
-constexpr DWORD kColumnsPerPart = 512;
-constexpr unsigned kPiecesPerThread = 4;
+// Pieces small enough that the last one to finish keeps nobody waiting long:
+// a few microseconds of a long row, a few milliseconds of a bitmap.
+constexpr DWORD kColumnsPerPiece = 256;
+constexpr uint64_t kPixelsPerPiece = uint64_t{1} << 16;
+constexpr unsigned kMaxPieces = 256;
 constexpr unsigned kMaxThreads = 8;
 // With a progress callback, rows go in bands of about this many pixels.
 constexpr uint64_t kCallbackBandPixels = uint64_t{1} << 18;
@@ -82,14 +85,15 @@ public:
     // so the result does not depend on the thread count.
     void Run(DWORD first, DWORD count) {
         if (threads_ > 1 && splitRows_ && count >= threads_) {
-            const unsigned pieces = static_cast<unsigned>(std::min<uint64_t>(count, uint64_t{threads_} * kPiecesPerThread));
+            const uint64_t wanted = std::clamp<uint64_t>(uint64_t{count} * width_ / kPixelsPerPiece, threads_, kMaxPieces);
+            const unsigned pieces = static_cast<unsigned>(std::min<uint64_t>(count, wanted));
             Share(pieces, [&](unsigned piece) {
                 const DWORD begin = first + static_cast<DWORD>(uint64_t{count} * piece / pieces);
                 const DWORD end = first + static_cast<DWORD>(uint64_t{count} * (piece + 1) / pieces);
                 Translate(begin, end - begin, 0, width_);
             });
-        } else if (threads_ > 1 && splitColumns_ && width_ >= 2 * kColumnsPerPart) {
-            const unsigned pieces = std::min<unsigned>(threads_ * kPiecesPerThread, width_ / kColumnsPerPart);
+        } else if (threads_ > 1 && splitColumns_ && width_ >= 2 * kColumnsPerPiece) {
+            const unsigned pieces = std::min<unsigned>(kMaxPieces, width_ / kColumnsPerPiece);
             Share(pieces, [&](unsigned piece) {
                 const DWORD begin = static_cast<DWORD>(uint64_t{width_} * piece / pieces);
                 const DWORD end = static_cast<DWORD>(uint64_t{width_} * (piece + 1) / pieces);
