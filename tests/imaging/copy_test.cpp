@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <vector>
 
 #include "host/imaging/RowIteratorBands.h"
 
 namespace {
+
+using Bytes = std::vector<BYTE>;
+Bytes At(const BYTE* p, size_t n) { return {p, p + n}; }
 
 WORD Word(const BYTE* p) {
     WORD w;
@@ -76,14 +80,10 @@ TEST(CopyRect, PackedIndexesAtAnyBitPosition) {
     const RECT from{1, 0, 7, 1};
     ASSERT_TRUE(RowIterator::CopyRect(dest, source, &from, 3, 0));
     // Destination pixels 3..8 = source pixels 1..6 = 1, 2, 3, 3, 2, 1.
-    EXPECT_EQ(dest.GetRow(0)[0], 0b00000001);
-    EXPECT_EQ(dest.GetRow(0)[1], 0b10111110);
-    EXPECT_EQ(dest.GetRow(0)[2], 0b01000000);
-
+    EXPECT_EQ(At(dest.GetRow(0), 3), (Bytes{0b00000001, 0b10111110, 0b01000000}));
     // Within one row, moved right onto itself.
     ASSERT_TRUE(RowIterator::CopyRect(source, source, &from, 2, 0));
-    EXPECT_EQ(source.GetRow(0)[0], 0b00010110);
-    EXPECT_EQ(source.GetRow(0)[1], 0b11111001);
+    EXPECT_EQ(At(source.GetRow(0), 2), (Bytes{0b00010110, 0b11111001}));
 }
 
 TEST(CopyRect, SixteenToEightBitsTakesTheHighByte) {
@@ -94,8 +94,7 @@ TEST(CopyRect, SixteenToEightBitsTakesTheHighByte) {
     for (int i = 0; i < 8; ++i) PutWord(p + 2 * i, values[i]);
     ASSERT_TRUE(CRowIteratorBands::Create(narrow, 2, 1, CVPixelFormat::Get8bitFormat(VPF_RGBA_16)));
     ASSERT_TRUE(RowIterator::CopyRect(narrow, wide));
-    const BYTE expected[8] = {0x12, 0x34, 0xFF, 0x00, 0, 0, 0, 0x80};
-    EXPECT_EQ(std::memcmp(narrow.GetRow(0), expected, 8), 0);
+    EXPECT_EQ(At(narrow.GetRow(0), 8), (Bytes{0x12, 0x34, 0xFF, 0x00, 0, 0, 0, 0x80}));
 
     // And back: 8 bits widen by 257, so white stays white.
     ASSERT_TRUE(RowIterator::CopyRect(wide, narrow));
@@ -116,9 +115,7 @@ TEST(CopyRect, ConvertsBetweenGreyRgbAndAlpha) {
 
     ASSERT_TRUE(CRowIteratorBands::CreateRGBA(rgba, 2, 1));
     ASSERT_TRUE(RowIterator::CopyRect(rgba, grey));
-    EXPECT_EQ(rgba.GetRow(0)[0], 90);
-    EXPECT_EQ(rgba.GetRow(0)[2], 90);
-    EXPECT_EQ(rgba.GetRow(0)[3], 255);  // alpha added as opaque
+    EXPECT_EQ(At(rgba.GetRow(0), 4), (Bytes{90, 90, 90, 255}));  // alpha added as opaque
 }
 
 TEST(CopyRect, RefusesWhatCannotBeConverted) {

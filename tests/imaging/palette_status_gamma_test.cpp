@@ -9,7 +9,7 @@
 #include "host/imaging/RowIteratorBands.h"
 #include "host/imaging/StatusControl.h"
 
-TEST(Palette, GreyscaleRunsFromBlackToWhite) {
+TEST(Palette, GreyscaleAndNearestEntry) {
     CVPalette grey;
     grey.CreateGreyscale();
     ASSERT_EQ(grey.GetCount(), 256);
@@ -18,9 +18,8 @@ TEST(Palette, GreyscaleRunsFromBlackToWhite) {
     EXPECT_EQ(grey[1].rgbRed, 17);
     EXPECT_EQ(grey[15].rgbBlue, 255);
     EXPECT_TRUE(grey.IsGreyscale());
-}
 
-TEST(Palette, NearestEntryUsesLowBytesAndPrefersTheFirst) {
+    // Nearest entry: low bytes only, the first of equals.
     const RGBQUAD entries[] = {{0, 0, 200, 0}, {0, 0, 0, 0}, {255, 255, 255, 0}, {0, 0, 200, 0}};
     CVPalette palette(entries, 4);
     EXPECT_EQ(palette.FindNearestEntry(190, 10, 5), 0);  // red 190 lies nearest to red 200
@@ -28,7 +27,6 @@ TEST(Palette, NearestEntryUsesLowBytesAndPrefersTheFirst) {
     EXPECT_EQ(palette.FindNearestEntry(20, 20, 20), 1);
     EXPECT_EQ(palette.FindNearestEntry(250, 250, 240), 2);
 
-    CVPalette grey;
     grey.CreateGreyscale();
     const COLORREF c = RGB(10, 130, 200);
     EXPECT_EQ(grey.FindNearestEntry(int(c), int(c >> 8), int(c >> 16)), 113);  // (10+130+200)/3 rounded

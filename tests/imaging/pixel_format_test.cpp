@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <tuple>
+#include <vector>
 
 #include "host/imaging/PixelFormat.h"
 #include "host/imaging/RowIterator.h"
@@ -48,57 +49,38 @@ TEST(PixelFormat, PredicatesOfEveryFormat) {
 }
 
 TEST(PixelFormat, RowBytesRoundUpPartialBytes) {
-    EXPECT_EQ(CVPixelFormat::GetRowBytes(VPF_INDEXED_1, 9), 2);
-    EXPECT_EQ(CVPixelFormat::GetRowBytes(VPF_INDEXED_2, 5), 2);
-    EXPECT_EQ(CVPixelFormat::GetRowBytes(VPF_INDEXED_4, 3), 2);
-    EXPECT_EQ(CVPixelFormat::GetRowBytes(VPF_RGB_16, 7), 42);
-    EXPECT_EQ(CVPixelFormat::GetRowBytes(VPF_RGB_8, 0), 0);
+    const std::tuple<EVPixelFormat, int, int> cases[] = {
+        {VPF_INDEXED_1, 9, 2}, {VPF_INDEXED_2, 5, 2}, {VPF_INDEXED_4, 3, 2}, {VPF_RGB_16, 7, 42}, {VPF_RGB_8, 0, 0}};
+    for (auto [format, width, bytes] : cases) EXPECT_EQ(CVPixelFormat::GetRowBytes(format, width), bytes) << format;
 }
-
-namespace {
-
-WORD Word(const BYTE* p) {
-    WORD w;
-    std::memcpy(&w, p, 2);
-    return w;
-}
-
-}  // namespace
 
 // The colour code hands these rows to the platform as BM_RGBTRIPLETS,
 // BM_xRGBQUADS, BM_16b_RGB and BM_16b_GRAY: blue comes first.
 TEST(PixelFormat, BackgroundLandsInPlatformChannelOrder) {
+    struct Row {
+        EVPixelFormat format;
+        int x, offset;
+        std::vector<BYTE> bytes;
+    };
+    const Row rows[] = {
+        {VPF_RGB_8, 2, 0, {0xF0, 0x80, 0x10}},
+        {VPF_RGBA_8, 2, 0, {0xF0, 0x80, 0x10, 0x40}},
+        {VPF_RGB_16, 1, 0, {0xF0, 0xF0, 0x80, 0x80, 0x10, 0x10}},
+        {VPF_RGBA_16, 2, 0, {0xF0, 0xF0, 0x80, 0x80, 0x10, 0x10, 0x40, 0x40}},
+        {VPF_GREY_ALPHA_16, 1, 2, {0x40, 0x40}},
+        {VPF_RGB_555, 1, 0, {0x1E, 0x0A}},  // 5 bits each: red 2, green 16, blue 30
+    };
     const CColorRef colour(0x10, 0x80, 0xF0, 0x40);
     CRowIterator image;
-
-    ASSERT_TRUE(image.Create(3, 2, VPF_RGB_8, nullptr, &colour));
-    const BYTE* p = image.GetRow(1, 2);
-    EXPECT_EQ(p[0], 0xF0);
-    EXPECT_EQ(p[1], 0x80);
-    EXPECT_EQ(p[2], 0x10);
-
-    ASSERT_TRUE(image.Create(3, 2, VPF_RGBA_8, nullptr, &colour));
-    p = image.GetRow(1, 2);
-    EXPECT_EQ(p[2], 0x10);
-    EXPECT_EQ(p[3], 0x40);
-
-    ASSERT_TRUE(image.Create(3, 2, VPF_RGB_16, nullptr, &colour));
-    p = image.GetRow(1, 1);
-    EXPECT_EQ(p - image.GetRow(1), 6);
-    EXPECT_EQ(Word(p), 0xF0F0);
-    EXPECT_EQ(Word(p + 2), 0x8080);
-    EXPECT_EQ(Word(p + 4), 0x1010);
-
-    ASSERT_TRUE(image.Create(3, 2, VPF_RGBA_16, nullptr, &colour));
-    p = image.GetRow(0, 2);
-    EXPECT_EQ(Word(p + 4), 0x1010);
-    EXPECT_EQ(Word(p + 6), 0x4040);
-
-    ASSERT_TRUE(image.Create(2, 1, VPF_GREY_ALPHA_16, nullptr, &colour));
-    EXPECT_EQ(Word(image.GetRow(0, 1) + 2), 0x4040);
-
-    ASSERT_TRUE(image.Create(2, 1, VPF_RGB_555, nullptr, &colour));
-    EXPECT_EQ(Word(image.GetRow(0, 1)), (0x10 >> 3) << 10 | (0x80 >> 3) << 5 | (0xF0 >> 3));
+    for (const Row& row : rows) {
+        SCOPED_TRACE(int(row.format));
+        ASSERT_TRUE(image.Create(3, 2, row.format, nullptr, &colour));
+        const BYTE* p = image.GetRow(1, row.x) + row.offset;
+        EXPECT_EQ(std::vector<BYTE>(p, p + row.bytes.size()), row.bytes);
+    }
+    EXPECT_EQ(image.GetRow(1, 1) - image.GetRow(1), 2);
+    ASSERT_TRUE(image.Create(3, 2, VPF_RGB_16));
+    EXPECT_EQ(image.GetRow(1, 1) - image.GetRow(1), 6);
 
     const CColorRef index(0, 0, 0, 255, 2);
     ASSERT_TRUE(image.Create(5, 1, VPF_INDEXED_2, nullptr, &index));
