@@ -6,9 +6,12 @@
 #include <fstream>
 #include <string>
 
+#include "support/frame_fails_with.h"
 #include "support/temp_env.h"
 
-TEST(Events, NamedEventIsSharedAndReportsThatItExisted) {
+using tesk::test::FailsWith;
+
+TEST(Events, NamedEventIsSharedAndAutoResetReleasesOneWait) {
     HANDLE first = CreateEventW(nullptr, TRUE, FALSE, L"test-event");
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
@@ -23,16 +26,13 @@ TEST(Events, NamedEventIsSharedAndReportsThatItExisted) {
     EXPECT_NE(opened, nullptr);  // still open through `second`
     CloseHandle(opened);
     CloseHandle(second);
-    EXPECT_EQ(OpenEventW(SYNCHRONIZE, FALSE, L"test-event"), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(OpenEventW(SYNCHRONIZE, FALSE, L"test-event"), ERROR_FILE_NOT_FOUND));
     EXPECT_FALSE(CloseHandle(second));
-}
 
-TEST(Events, AutoResetReleasesOneWait) {
-    HANDLE event = CreateEventW(nullptr, FALSE, TRUE, nullptr);
-    EXPECT_EQ(WaitForSingleObject(event, 0), static_cast<DWORD>(WAIT_OBJECT_0));
-    EXPECT_EQ(WaitForSingleObject(event, 10), static_cast<DWORD>(WAIT_TIMEOUT));
-    CloseHandle(event);
+    HANDLE autoReset = CreateEventW(nullptr, FALSE, TRUE, nullptr);  // releases one wait
+    EXPECT_EQ(WaitForSingleObject(autoReset, 0), static_cast<DWORD>(WAIT_OBJECT_0));
+    EXPECT_EQ(WaitForSingleObject(autoReset, 10), static_cast<DWORD>(WAIT_TIMEOUT));
+    CloseHandle(autoReset);
 }
 
 TEST(Registry, ValuesPersistAndReportTheirSize) {

@@ -6,7 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "support/frame_fails_with.h"
 #include "support/temp_env.h"
+
+using tesk::test::FailsWith;
 
 namespace {
 
@@ -24,25 +27,29 @@ protected:
 
 }  // namespace
 
-TEST_F(LoaderTest, WindowsNamesResolveCaseInsensitivelyToOneModule) {
+TEST_F(LoaderTest, ModulesAreFoundByWindowsNameOrPathAndForeignHandlesRefused) {
     HMODULE upper = LoadLibraryW(L"TESKCOLORMGRRC.DLL");
     HMODULE lower = LoadLibraryW(L"teskcolormgrrc.dll");
     ASSERT_NE(upper, nullptr);
     EXPECT_EQ(upper, lower);
     EXPECT_TRUE(FreeLibrary(upper));
     EXPECT_TRUE(FreeLibrary(lower));
-}
+    EXPECT_FALSE(FreeLibrary(lower));  // freed as often as loaded
 
-TEST_F(LoaderTest, APathInWindowsFormIsLookedForInItsFolderOnly) {
+    // A path in Windows form is looked for in its folder only.
     std::string native = tesk::loader::ResolveModulePath(kResources);
     ASSERT_FALSE(native.empty());
-    std::string folder = native.substr(0, native.rfind('/'));
-    HMODULE byPath = LoadLibraryW((tesk::path::ToWindows(folder) + L"\\TeskColorMgrRC.DLL").c_str());
+    HMODULE byPath =
+        LoadLibraryW((tesk::path::ToWindows(native.substr(0, native.rfind('/'))) + L"\\TeskColorMgrRC.DLL").c_str());
     EXPECT_NE(byPath, nullptr);
     FreeLibrary(byPath);
     SetLastError(0);
-    EXPECT_EQ(LoadLibraryW(L"\\nonexistent\\folder\\TeskColorMgrRC.DLL"), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(LoadLibraryW(L"\\nonexistent\\folder\\TeskColorMgrRC.DLL"), ERROR_MOD_NOT_FOUND));
+
+    int notAModule = 0;
+    SetLastError(0);
+    EXPECT_TRUE(FailsWith(FreeLibrary(reinterpret_cast<HMODULE>(&notAModule)), ERROR_INVALID_HANDLE));
+    EXPECT_EQ(GetProcAddress(reinterpret_cast<HMODULE>(&notAModule), "x"), nullptr);
 }
 
 TEST_F(LoaderTest, SubstitutesHideOverrideOrRemoveExports) {
@@ -56,8 +63,7 @@ TEST_F(LoaderTest, SubstitutesHideOverrideOrRemoveExports) {
     tesk::loader::SetSubstitute(L"teskcolormgrrc.dll", substitute);
     // A substitute applies to handles already open: it stands for the module.
     SetLastError(0);
-    EXPECT_EQ(GetProcAddress(module, "TeskResourceStringTables"), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PROC_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(GetProcAddress(module, "TeskResourceStringTables"), ERROR_PROC_NOT_FOUND));
     FARPROC invented = GetProcAddress(module, "Invented");
     ASSERT_NE(invented, nullptr);
     EXPECT_EQ(invented(), 42);
@@ -66,8 +72,7 @@ TEST_F(LoaderTest, SubstitutesHideOverrideOrRemoveExports) {
     tesk::loader::Substitute missing;
     missing.missing = true;
     tesk::loader::SetSubstitute(kResources, missing);
-    EXPECT_EQ(LoadLibraryW(kResources), nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(LoadLibraryW(kResources), ERROR_MOD_NOT_FOUND));
     FreeLibrary(module);
 }
 
@@ -83,17 +88,6 @@ TEST_F(LoaderTest, ObserverSeesEveryLoadAndFree) {
     EXPECT_EQ(calls[0], "load:TeskColorMgrRC.DLL:ok");
     EXPECT_EQ(calls[1], "load:NOSUCH.DLL:failed");
     EXPECT_EQ(calls[2], "free:TESKCOLORMGRRC.DLL:ok");
-}
-
-TEST_F(LoaderTest, ForeignAndFreedHandlesAreRefused) {
-    int notAModule = 0;
-    SetLastError(0);
-    EXPECT_FALSE(FreeLibrary(reinterpret_cast<HMODULE>(&notAModule)));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
-    EXPECT_EQ(GetProcAddress(reinterpret_cast<HMODULE>(&notAModule), "x"), nullptr);
-    HMODULE module = LoadLibraryW(kResources);
-    ASSERT_TRUE(FreeLibrary(module));
-    EXPECT_FALSE(FreeLibrary(module));
 }
 
 TEST_F(LoaderTest, ExecutableFileNameComesInWindowsFormAndIsCutToTheBuffer) {

@@ -11,31 +11,31 @@
 namespace {
 
 struct ProbeOutput {
-    std::string out;
-    std::string err;
+    std::string out, err;
 };
 
-ProbeOutput RunProbe(const tesk::test::TempEnvironment& env, const char* arguments = "") {
+// Runs the probe with the registry switch set to `registry` (unset when negative).
+ProbeOutput RunProbe(int registry, const char* arguments = "") {
+    tesk::test::TempEnvironment env;
+    if (registry >= 0) {
+        HKEY key = nullptr;
+        DWORD value = DWORD(registry);
+        EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Vesko\\Quenfold Pro\\X9\\Debug", 0, nullptr, 0,
+                                  KEY_ALL_ACCESS, nullptr, &key, nullptr),
+                  ERROR_SUCCESS);
+        EXPECT_EQ(RegSetValueExW(key, L"Enable", 0, REG_DWORD, reinterpret_cast<BYTE*>(&value), sizeof value),
+                  ERROR_SUCCESS);
+        RegCloseKey(key);
+    }
     std::string errFile = env.Root() + "/stderr.txt";
-    std::string command = std::string("'") + TRACE_PROBE + "' " + arguments + " 2>'" + errFile + "'";
     ProbeOutput result;
-    FILE* pipe = popen(command.c_str(), "r");
+    FILE* pipe = popen((std::string("'") + TRACE_PROBE + "' " + arguments + " 2>'" + errFile + "'").c_str(), "r");
     std::array<char, 4096> chunk{};
     while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.out.append(chunk.data(), n);
     pclose(pipe);
     auto bytes = tesk::test::ReadBytes(errFile);
     result.err.assign(bytes.begin(), bytes.end());
     return result;
-}
-
-void SetRegistrySwitch(DWORD value) {
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Vesko\\Quenfold Pro\\X9\\Debug", 0, nullptr, 0,
-                              KEY_ALL_ACCESS, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
-    ASSERT_EQ(RegSetValueExW(key, L"Enable", 0, REG_DWORD, reinterpret_cast<BYTE*>(&value), sizeof value),
-              ERROR_SUCCESS);
-    RegCloseKey(key);
 }
 
 // Whether `text` holds a line "[<thread id>]" followed exactly by `rest`.
@@ -52,11 +52,8 @@ bool HasLine(const std::string& text, const std::string& rest) {
 }  // namespace
 
 TEST(TraceSwitch, RegistryOnPublishesTheDecisionAndWritesExactLines) {
-    tesk::test::TempEnvironment env;
-    SetRegistrySwitch(1);
-    ProbeOutput probe = RunProbe(env);
+    ProbeOutput probe = RunProbe(1);
     EXPECT_NE(probe.out.find("published=1 enabled=1"), std::string::npos) << probe.out;
-
     // Thread marker, tag, category, separator, message, with nothing in between.
     EXPECT_TRUE(HasLine(probe.err, "[QFXx64]\t[INFO]\t\t[DllMain]\t:\tTeskColorMgr.dll DllMain Enter \n")) << probe.err;
     EXPECT_NE(probe.err.find("[DllMain]\t:\tVCM.DLL Initializing \n"), std::string::npos);
@@ -67,25 +64,12 @@ TEST(TraceSwitch, RegistryOnPublishesTheDecisionAndWritesExactLines) {
     EXPECT_EQ(probe.err.find("debug tag line"), std::string::npos);
 }
 
-TEST(TraceSwitch, OffWithoutRegistryValueAndNothingWritten) {
-    tesk::test::TempEnvironment env;
-    ProbeOutput probe = RunProbe(env);
-    EXPECT_NE(probe.out.find("published=0 enabled=0"), std::string::npos) << probe.out;
-    EXPECT_EQ(probe.err, "");
-}
-
-TEST(TraceSwitch, ZeroValueMeansOff) {
-    tesk::test::TempEnvironment env;
-    SetRegistrySwitch(0);
-    ProbeOutput probe = RunProbe(env);
-    EXPECT_NE(probe.out.find("enabled=0"), std::string::npos) << probe.out;
-    EXPECT_EQ(probe.err, "");
-}
-
-TEST(TraceSwitch, ExistingUnsignalledEventWinsOverTheRegistry) {
-    tesk::test::TempEnvironment env;
-    SetRegistrySwitch(1);
-    ProbeOutput probe = RunProbe(env, "--event-first");
-    EXPECT_NE(probe.out.find("published=0 enabled=0"), std::string::npos) << probe.out;
-    EXPECT_EQ(probe.err, "");
+TEST(TraceSwitch, OffWithoutOrWithZeroValueAndWhenAnUnsignalledEventCameFirst) {
+    const std::pair<int, const char*> cases[] = {{-1, ""}, {0, ""}, {1, "--event-first"}};
+    for (const auto& [registry, arguments] : cases) {
+        SCOPED_TRACE(std::to_string(registry) + arguments);
+        ProbeOutput probe = RunProbe(registry, arguments);
+        EXPECT_NE(probe.out.find("published=0 enabled=0"), std::string::npos) << probe.out;
+        EXPECT_EQ(probe.err, "");
+    }
 }
