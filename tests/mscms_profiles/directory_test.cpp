@@ -43,8 +43,7 @@ protected:
 TEST_F(ColorDirectoryTest, DirectoryIsCreatedAndReportedInWindowsForm) {
     EXPECT_FALSE(fs::exists(env_.ColorDir()));
     DWORD size = 0;
-    EXPECT_FALSE(GetColorDirectoryW(nullptr, nullptr, &size));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_TRUE(FailsWith(GetColorDirectoryW(nullptr, nullptr, &size), ERROR_INSUFFICIENT_BUFFER));
     const std::wstring expected = WindowsForm(env_.ColorDir());
     EXPECT_EQ(size, 2 * (expected.size() + 1));  // two bytes a character
     std::vector<wchar_t> buffer(size / 2);
@@ -53,7 +52,6 @@ TEST_F(ColorDirectoryTest, DirectoryIsCreatedAndReportedInWindowsForm) {
     EXPECT_TRUE(fs::is_regular_file(env_.ColorDir() + "/" + kSrgbName));
 
     unsetenv("TESK_COLOR_DIR");
-    size = static_cast<DWORD>(2 * buffer.size());
     std::vector<wchar_t> fallback(1024);
     size = 2048;
     ASSERT_TRUE(GetColorDirectoryW(nullptr, fallback.data(), &size));
@@ -69,20 +67,13 @@ TEST_F(ColorDirectoryTest, BuiltInSrgbIsRecognisedByTheEngine) {
     const Bytes bytes = ReadBytes(env_.ColorDir() + "/" + kSrgbName);
     EXPECT_TRUE(IsValid(bytes));
 
+    // Required tags are checked by IsValid, the primaries by the conversion below.
     cmsHPROFILE builtIn = cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size()));
     ASSERT_NE(builtIn, nullptr);
     EXPECT_EQ(cmsGetEncodedICCversion(builtIn), 0x02100000u);
     EXPECT_EQ(cmsGetDeviceClass(builtIn), cmsSigDisplayClass);
     EXPECT_EQ(cmsGetColorSpace(builtIn), cmsSigRgbData);
     EXPECT_EQ(cmsGetPCS(builtIn), cmsSigXYZData);
-    EXPECT_TRUE(cmsIsMatrixShaper(builtIn));
-    for (auto tag : {cmsSigProfileDescriptionTag, cmsSigCopyrightTag, cmsSigMediaWhitePointTag})
-        EXPECT_TRUE(cmsIsTag(builtIn, tag));
-    auto* red = static_cast<cmsCIEXYZ*>(cmsReadTag(builtIn, cmsSigRedColorantTag));
-    ASSERT_NE(red, nullptr);
-    EXPECT_NEAR(red->X, 0.4361, 2e-4);  // D50-adapted sRGB red
-    EXPECT_NEAR(red->Y, 0.2225, 2e-4);
-    EXPECT_NEAR(red->Z, 0.0139, 2e-4);
 
     // 1024 samples close enough to the sRGB formula to be told from a gamma.
     auto* curve = static_cast<cmsToneCurve*>(cmsReadTag(builtIn, cmsSigRedTRCTag));
@@ -134,8 +125,7 @@ TEST_F(ColorDirectoryTest, StandardProfilesCanBeChosen) {
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
 
     InstallCmyk();
-    EXPECT_FALSE(SetStandardColorSpaceProfileW(nullptr, SPACE_CMYK, L"missing.icc"));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(SetStandardColorSpaceProfileW(nullptr, SPACE_CMYK, L"missing.icc"), ERROR_FILE_NOT_FOUND));
     ASSERT_TRUE(SetStandardColorSpaceProfileW(nullptr, SPACE_CMYK, Wide(kCmykName).c_str()));
     size = 1024;
     ASSERT_TRUE(GetStandardColorSpaceProfileW(nullptr, SPACE_CMYK, name.data(), &size));
@@ -151,8 +141,7 @@ TEST_F(ColorDirectoryTest, InstallAndUninstall) {
     Bytes bytes = LcmsSrgbProfile();
     bytes[36] = 'x';
     WriteBytes(broken, bytes);
-    EXPECT_FALSE(InstallColorProfileW(nullptr, Wide(broken).c_str()));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PROFILE));
+    EXPECT_TRUE(FailsWith(InstallColorProfileW(nullptr, Wide(broken).c_str()), ERROR_INVALID_PROFILE));
     EXPECT_FALSE(fs::exists(env_.ColorDir() + "/broken.icc"));
     EXPECT_FALSE(InstallColorProfileW(nullptr, Wide(env_.Root() + "/none.icc").c_str()));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
@@ -163,8 +152,7 @@ TEST_F(ColorDirectoryTest, InstallAndUninstall) {
     EXPECT_TRUE(fs::exists(installed));
     EXPECT_TRUE(Associations()["Printer"].empty());
     EXPECT_FALSE(AssociateColorProfileWithDeviceW(nullptr, Wide(kCmykName).c_str(), L"Printer"));
-    EXPECT_FALSE(UninstallColorProfileW(nullptr, Wide(kCmykName).c_str(), FALSE));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_PROFILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(UninstallColorProfileW(nullptr, Wide(kCmykName).c_str(), FALSE), ERROR_PROFILE_NOT_FOUND));
 
     // Installed again (from the directory itself), then removed for good.
     ASSERT_TRUE(InstallColorProfileW(nullptr, WindowsForm(installed).c_str()));
@@ -183,8 +171,7 @@ TEST_F(ColorDirectoryTest, AssociationsKeepTheirOrderPerDevice) {
 
     EXPECT_FALSE(AssociateColorProfileWithDeviceW(nullptr, L"unknown.icc", L"Printer"));
     EXPECT_EQ(GetLastError(), DWORD(ERROR_PROFILE_NOT_FOUND));
-    EXPECT_FALSE(AssociateColorProfileWithDeviceW(nullptr, srgb.c_str(), nullptr));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(AssociateColorProfileWithDeviceW(nullptr, srgb.c_str(), nullptr), ERROR_INVALID_PARAMETER));
 
     ASSERT_TRUE(DisassociateColorProfileFromDeviceW(nullptr, cmyk.c_str(), L"\\\\.\\DISPLAY1"));
     EXPECT_EQ(Associations()["\\\\.\\DISPLAY1"], (nlohmann::json{kSrgbName}));
@@ -247,13 +234,11 @@ TEST_F(ColorDirectoryTest, ProfilesFromLogicalColorSpaces) {
     LocalFree(block);
 
     lcs = LogColorSpace(LCS_CALIBRATED_RGB);  // all endpoints zero
-    EXPECT_FALSE(CreateProfileFromLogColorSpaceW(&lcs, &block));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_COLORSPACE));
+    EXPECT_TRUE(FailsWith(CreateProfileFromLogColorSpaceW(&lcs, &block), ERROR_INVALID_COLORSPACE));
     lcs = LogColorSpace(LCS_sRGB);
     lcs.lcsSignature = 0;
     EXPECT_FALSE(CreateProfileFromLogColorSpaceW(&lcs, &block));
-    EXPECT_FALSE(CreateProfileFromLogColorSpaceW(nullptr, &block));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(CreateProfileFromLogColorSpaceW(nullptr, &block), ERROR_INVALID_PARAMETER));
 }
 
 }  // namespace

@@ -69,8 +69,7 @@ TEST_F(ProfileHandlesTest, NullPointersAndBadArgumentsFail) {
     EXPECT_EQ(OpenColorProfileW(&record, 7, 0, OPEN_EXISTING), nullptr);
     EXPECT_EQ(OpenColorProfileW(&record, PROFILE_READ, 0, 9), nullptr);
     record.dwType = 5;
-    EXPECT_EQ(OpenColorProfileW(&record, PROFILE_READ, 0, OPEN_EXISTING), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(OpenColorProfileW(&record, PROFILE_READ, 0, OPEN_EXISTING), ERROR_INVALID_PARAMETER));
     record = {PROFILE_MEMBUFFER, nullptr, 100};
     EXPECT_EQ(OpenColorProfileW(&record, PROFILE_READ, 0, OPEN_EXISTING), nullptr);
     // A file name record: the byte count bounds the name even without a terminator.

@@ -75,16 +75,14 @@ TEST_F(ProfileTagsTest, ResizeWriteReadAndDelete) {
     EXPECT_EQ(count, 3u);  // only what lies past the offset
     EXPECT_EQ(part[0], 'b');
     count = 1;
-    EXPECT_FALSE(GetColorProfileElement(profile_, 'tst1', 7, &count, part, nullptr));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(GetColorProfileElement(profile_, 'tst1', 7, &count, part, nullptr), ERROR_INVALID_PARAMETER));
 
     // Writing past the end grows the tag; writing a missing tag creates it.
     count = 2;
     ASSERT_TRUE(SetColorProfileElement(profile_, 'tst2', 4, &count, const_cast<char*>("xy")));
     EXPECT_EQ(TagOf(profile_, 'tst2'), (Bytes{0, 0, 0, 0, 'x', 'y'}));
     count = 0;
-    EXPECT_FALSE(SetColorProfileElement(profile_, 'tst3', 0, &count, part));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_TAG_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(SetColorProfileElement(profile_, 'tst3', 0, &count, part), ERROR_TAG_NOT_FOUND));
 
     ASSERT_TRUE(SetColorProfileElementSize(profile_, 'tst1', 0));
     EXPECT_EQ(Count(), before + 1);
@@ -92,8 +90,7 @@ TEST_F(ProfileTagsTest, ResizeWriteReadAndDelete) {
     EXPECT_FALSE(GetColorProfileElement(profile_, 'tst1', 0, &count, nullptr, nullptr));
     EXPECT_EQ(count, 0u);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_TAG_NOT_FOUND));
-    EXPECT_FALSE(SetColorProfileElementSize(profile_, 'tst1', 0));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_TAG_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(SetColorProfileElementSize(profile_, 'tst1', 0), ERROR_TAG_NOT_FOUND));
 }
 
 TEST_F(ProfileTagsTest, EnumerationFollowsTheTagTable) {
@@ -107,8 +104,7 @@ TEST_F(ProfileTagsTest, EnumerationFollowsTheTagTable) {
     }
     TAGTYPE tag = 0;
     EXPECT_FALSE(GetColorProfileElementTag(profile_, 0, &tag));
-    EXPECT_FALSE(GetColorProfileElementTag(profile_, count + 1, &tag));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(GetColorProfileElementTag(profile_, count + 1, &tag), ERROR_INVALID_PARAMETER));
 }
 
 TEST_F(ProfileTagsTest, ReferencesShareDataUntilResized) {
@@ -135,10 +131,8 @@ TEST_F(ProfileTagsTest, ReferencesShareDataUntilResized) {
     ASSERT_TRUE(GetColorProfileElement(profile_, 'cprt', 0, &size, nullptr, &reference));
     EXPECT_FALSE(reference);
 
-    EXPECT_FALSE(SetColorProfileElementReference(profile_, 'ref1', 'cprt'));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_DUPLICATE_TAG));
-    EXPECT_FALSE(SetColorProfileElementReference(profile_, 'ref2', 'none'));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_TAG_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(SetColorProfileElementReference(profile_, 'ref1', 'cprt'), ERROR_DUPLICATE_TAG));
+    EXPECT_TRUE(FailsWith(SetColorProfileElementReference(profile_, 'ref2', 'none'), ERROR_TAG_NOT_FOUND));
 }
 
 TEST_F(ProfileTagsTest, SerializationAlignsTagsAndReportsTrueSize) {
@@ -157,8 +151,7 @@ TEST_F(ProfileTagsTest, SerializationAlignsTagsAndReportsTrueSize) {
     }
     DWORD small = static_cast<DWORD>(bytes.size() - 1);
     Bytes buffer(bytes.size());
-    EXPECT_FALSE(GetColorProfileFromHandle(profile_, buffer.data(), &small));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_TRUE(FailsWith(GetColorProfileFromHandle(profile_, buffer.data(), &small), ERROR_INSUFFICIENT_BUFFER));
     EXPECT_EQ(small, bytes.size());
     // The bytes read back open as the same profile.
     HPROFILE again = OpenMemory(bytes);
@@ -167,28 +160,22 @@ TEST_F(ProfileTagsTest, SerializationAlignsTagsAndReportsTrueSize) {
     CloseColorProfile(again);
 }
 
-TEST_F(ProfileTagsTest, MemoryProfileIsAPrivateCopy) {
+TEST_F(ProfileTagsTest, MemoryProfileIsAPrivateCopyAndReadOnlyRefusesChanges) {
     Bytes original = LcmsSrgbProfile();
     const Bytes copy = original;
-    HPROFILE profile = OpenMemory(original, PROFILE_READWRITE);
-    ASSERT_NE(profile, nullptr);
-    ASSERT_TRUE(SetColorProfileElementSize(profile, 'cprt', 0));
-    EXPECT_TRUE(CloseColorProfile(profile));
+    HPROFILE writable = OpenMemory(original, PROFILE_READWRITE);
+    ASSERT_TRUE(SetColorProfileElementSize(writable, 'cprt', 0));
+    EXPECT_TRUE(CloseColorProfile(writable));
     EXPECT_EQ(original, copy);
-}
 
-TEST_F(ProfileTagsTest, ReadOnlyProfileRefusesChanges) {
-    HPROFILE profile = OpenMemory(LcmsSrgbProfile(), PROFILE_READ);
-    ASSERT_NE(profile, nullptr);
+    HPROFILE profile = OpenMemory(original, PROFILE_READ);
     PROFILEHEADER header{};
     ASSERT_TRUE(GetColorProfileHeader(profile, &header));
-    EXPECT_FALSE(SetColorProfileHeader(profile, &header));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+    EXPECT_TRUE(FailsWith(SetColorProfileHeader(profile, &header), ERROR_ACCESS_DENIED));
     DWORD count = 1;
     EXPECT_FALSE(SetColorProfileElement(profile, 'cprt', 0, &count, const_cast<char*>("x")));
     EXPECT_FALSE(SetColorProfileElementSize(profile, 'cprt', 4));
-    EXPECT_FALSE(SetColorProfileElementReference(profile, 'ref1', 'cprt'));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
+    EXPECT_TRUE(FailsWith(SetColorProfileElementReference(profile, 'ref1', 'cprt'), ERROR_ACCESS_DENIED));
     EXPECT_TRUE(CloseColorProfile(profile));
 }
 
@@ -237,12 +224,10 @@ TEST_F(ProfileTagsTest, ReadWriteFileIsWrittenOnCloseOnly) {
 
 TEST_F(ProfileTagsTest, CreationModesFollowTheFile) {
     const std::wstring missing = Wide(env_.Root() + "/missing.icc");
-    EXPECT_EQ(OpenFile(missing, PROFILE_READ, OPEN_EXISTING), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(OpenFile(missing, PROFILE_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND));
     const std::string existing = env_.Root() + "/existing.icc";
     WriteBytes(existing, LcmsSrgbProfile());
-    EXPECT_EQ(OpenFile(Wide(existing), PROFILE_READWRITE, CREATE_NEW), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_EXISTS));
+    EXPECT_TRUE(FailsWith(OpenFile(Wide(existing), PROFILE_READWRITE, CREATE_NEW), ERROR_FILE_EXISTS));
     EXPECT_EQ(OpenFile(Wide(env_.Root() + "/no/such/folder.icc"), PROFILE_READWRITE, CREATE_ALWAYS), nullptr);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_PATH_NOT_FOUND));
     // A read-only open writes nothing back.

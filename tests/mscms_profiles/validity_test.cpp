@@ -46,16 +46,17 @@ TEST_F(ProfileValidityTest, RealProfilesAreValid) {
 }
 
 TEST_F(ProfileValidityTest, HeaderRules) {
-    EXPECT_TRUE(ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phSize = 7; }); }));
-    EXPECT_TRUE(ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phVersion = 0x04300000; }); }));
-    EXPECT_FALSE(ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phSignature = 'acsq'; }); }));
-    EXPECT_FALSE(ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phVersion = 0x01000000; }); }));
-    EXPECT_FALSE(ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phVersion = 0x05000000; }); }));
-    EXPECT_FALSE(ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phClass = 'what'; }); }));
-    EXPECT_FALSE(
-        ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phDataColorSpace = 'RGBX'; }); }));
-    EXPECT_FALSE(
-        ValidAfter([](HPROFILE p) { EditHeader(p, [](PROFILEHEADER& h) { h.phConnectionSpace = 'RGB '; }); }));
+    const std::pair<std::function<void(PROFILEHEADER&)>, bool> rules[] = {
+        {[](PROFILEHEADER& h) { h.phSize = 7; }, true},
+        {[](PROFILEHEADER& h) { h.phVersion = 0x04300000; }, true},
+        {[](PROFILEHEADER& h) { h.phSignature = 'acsq'; }, false},
+        {[](PROFILEHEADER& h) { h.phVersion = 0x01000000; }, false},
+        {[](PROFILEHEADER& h) { h.phVersion = 0x05000000; }, false},
+        {[](PROFILEHEADER& h) { h.phClass = 'what'; }, false},
+        {[](PROFILEHEADER& h) { h.phDataColorSpace = 'RGBX'; }, false},
+        {[](PROFILEHEADER& h) { h.phConnectionSpace = 'RGB '; }, false}};
+    for (size_t i = 0; i < std::size(rules); ++i)
+        EXPECT_EQ(ValidAfter([&](HPROFILE p) { EditHeader(p, rules[i].first); }), rules[i].second) << "rule " << i;
 }
 
 TEST_F(ProfileValidityTest, RequiredTagsMustBePresentAndWellFormed) {
