@@ -42,8 +42,7 @@ TEST_F(BitmapLayout, EightBitRgbFormatsPutEachPrimaryInItsByte) {
             SCOPED_TRACE(testing::Message() << "from " << from.format << " to " << to.format);
             Bytes in = PrimariesIn(from);
             Bytes out(3 * to.bytesPerPixel, 0x55);
-            ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), from.format, 3, 1, 0, out.data(),
-                                            to.format, 0, nullptr, 0));
+            ASSERT_TRUE(TranslatePacked(transform, in.data(), from.format, 3, 1, out.data(), to.format));
             for (size_t pixel = 0; pixel < 3; ++pixel) {
                 const uint8_t* p = out.data() + pixel * to.bytesPerPixel;
                 EXPECT_EQ(p[to.red], pixel == 0 ? 255 : 0) << "pixel " << pixel;
@@ -70,13 +69,11 @@ TEST_F(BitmapLayout, SixteenBitRgbIsBlueGreenRedWords) {
     ASSERT_TRUE(transform);
     Bytes in = PrimariesIn(kRgbLayouts[1]);  // R,G,B bytes
     std::array<uint16_t, 9> wide{};
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), BM_BGRTRIPLETS, 3, 1, 0, wide.data(), BM_16b_RGB, 0,
-                                    nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_BGRTRIPLETS, 3, 1, wide.data(), BM_16b_RGB));
     EXPECT_EQ(wide, (std::array<uint16_t, 9>{0, 0, 0xFFFF, 0, 0xFFFF, 0, 0xFFFF, 0, 0}));
 
     Bytes back(9, 0x55);
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), wide.data(), BM_16b_RGB, 3, 1, 0, back.data(), BM_BGRTRIPLETS, 0,
-                                    nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, wide.data(), BM_16b_RGB, 3, 1, back.data(), BM_BGRTRIPLETS));
     EXPECT_EQ(back, in);
 }
 
@@ -87,10 +84,8 @@ TEST_F(BitmapLayout, CmykQuadsAreReversedKymcQuads) {
     // Red, blue, black as B,G,R triplets.
     Bytes in = {0, 0, 255, 255, 0, 0, 0, 0, 0};
     Bytes kymc(12), cmyk(12);
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), BM_RGBTRIPLETS, 3, 1, 0, kymc.data(), BM_KYMCQUADS,
-                                    0, nullptr, 0));
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), BM_RGBTRIPLETS, 3, 1, 0, cmyk.data(), BM_CMYKQUADS,
-                                    0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, 3, 1, kymc.data(), BM_KYMCQUADS));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, 3, 1, cmyk.data(), BM_CMYKQUADS));
     for (size_t pixel = 0; pixel < 3; ++pixel)
         for (size_t c = 0; c < 4; ++c) EXPECT_EQ(kymc[pixel * 4 + c], cmyk[pixel * 4 + 3 - c]);
     // BM_KYMCQUADS is C,M,Y,K in memory: red is magenta and yellow ink,
@@ -107,10 +102,8 @@ TEST_F(BitmapLayout, CmykQuadsAreReversedKymcQuads) {
     ASSERT_TRUE(back);
     Bytes cyanKymc = {255, 0, 0, 0}, cyanCmyk = {0, 0, 0, 255};
     Bytes rgbFromKymc(3), rgbFromCmyk(3);
-    ASSERT_TRUE(TranslateBitmapBits(back.Get(), cyanKymc.data(), BM_KYMCQUADS, 1, 1, 0, rgbFromKymc.data(),
-                                    BM_BGRTRIPLETS, 0, nullptr, 0));
-    ASSERT_TRUE(TranslateBitmapBits(back.Get(), cyanCmyk.data(), BM_CMYKQUADS, 1, 1, 0, rgbFromCmyk.data(),
-                                    BM_BGRTRIPLETS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(back, cyanKymc.data(), BM_KYMCQUADS, 1, 1, rgbFromKymc.data(), BM_BGRTRIPLETS));
+    ASSERT_TRUE(TranslatePacked(back, cyanCmyk.data(), BM_CMYKQUADS, 1, 1, rgbFromCmyk.data(), BM_BGRTRIPLETS));
     EXPECT_EQ(rgbFromKymc, rgbFromCmyk);
     EXPECT_LT(rgbFromKymc[0], 60);
     EXPECT_GT(rgbFromKymc[2], 200);
@@ -122,8 +115,7 @@ TEST_F(BitmapLayout, GrayFormatsHoldOneChannel) {
     ASSERT_TRUE(toGray);
     Bytes rgb = {255, 255, 255, 0, 0, 0, 0, 255, 0, 0, 0, 255};  // white, black, green, red (B,G,R)
     Bytes levels(4);
-    ASSERT_TRUE(TranslateBitmapBits(toGray.Get(), rgb.data(), BM_RGBTRIPLETS, 4, 1, 0, levels.data(), BM_GRAY, 0,
-                                    nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(toGray, rgb.data(), BM_RGBTRIPLETS, 4, 1, levels.data(), BM_GRAY));
     EXPECT_EQ(levels[0], 255);
     EXPECT_EQ(levels[1], 0);
     EXPECT_GT(levels[2], levels[3]);  // green is lighter than red
@@ -131,8 +123,7 @@ TEST_F(BitmapLayout, GrayFormatsHoldOneChannel) {
     Transform grayToGray = MakeTransform({&gray, &gray}, {INTENT_RELATIVE_COLORIMETRIC});
     ASSERT_TRUE(grayToGray);
     std::array<uint16_t, 3> in16{0, 0x8000, 0xFFFF}, out16{};
-    ASSERT_TRUE(TranslateBitmapBits(grayToGray.Get(), in16.data(), BM_16b_GRAY, 3, 1, 0, out16.data(), BM_16b_GRAY, 0,
-                                    nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(grayToGray, in16.data(), BM_16b_GRAY, 3, 1, out16.data(), BM_16b_GRAY));
     EXPECT_EQ(out16[0], 0);
     EXPECT_NEAR(out16[1], 0x8000, 2);
     EXPECT_EQ(out16[2], 0xFFFF);
@@ -148,8 +139,7 @@ TEST_F(BitmapLayout, LabAndXyzFormatsListChannelsInReverse) {
     Bytes whiteAndRed = {255, 255, 255, 0, 0, 255};  // B,G,R
 
     Bytes lab8(6);
-    ASSERT_TRUE(TranslateBitmapBits(toLab.Get(), whiteAndRed.data(), BM_RGBTRIPLETS, 2, 1, 0, lab8.data(),
-                                    BM_LabTRIPLETS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(toLab, whiteAndRed.data(), BM_RGBTRIPLETS, 2, 1, lab8.data(), BM_LabTRIPLETS));
     EXPECT_EQ(lab8[2], 255);  // L of white
     EXPECT_NEAR(lab8[1], 128, 1);
     EXPECT_NEAR(lab8[0], 128, 1);
@@ -157,16 +147,14 @@ TEST_F(BitmapLayout, LabAndXyzFormatsListChannelsInReverse) {
     EXPECT_GT(lab8[3], 128 + 40);  // and b* positive
 
     std::array<uint16_t, 6> lab16{};
-    ASSERT_TRUE(TranslateBitmapBits(toLab.Get(), whiteAndRed.data(), BM_RGBTRIPLETS, 2, 1, 0, lab16.data(),
-                                    BM_16b_Lab, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(toLab, whiteAndRed.data(), BM_RGBTRIPLETS, 2, 1, lab16.data(), BM_16b_Lab));
     EXPECT_NEAR(lab16[2], 0xFFFF, 2);
     EXPECT_NEAR(lab16[1], 0x8080, 64);
     EXPECT_NEAR(lab16[0], 0x8080, 64);
 
     // XYZ as u1Fixed15: D50 white is X 0.9642, Y 1.0, Z 0.8249.
     std::array<uint16_t, 6> xyz16{};
-    ASSERT_TRUE(TranslateBitmapBits(toXyz.Get(), whiteAndRed.data(), BM_RGBTRIPLETS, 2, 1, 0, xyz16.data(),
-                                    BM_16b_XYZ, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(toXyz, whiteAndRed.data(), BM_RGBTRIPLETS, 2, 1, xyz16.data(), BM_16b_XYZ));
     EXPECT_NEAR(xyz16[2], 0.9642 * 32768, 40);
     EXPECT_NEAR(xyz16[1], 32768, 40);
     EXPECT_NEAR(xyz16[0], 0.8249 * 32768, 40);
@@ -177,10 +165,8 @@ TEST_F(BitmapLayout, GenericThreeChannelTripletsMatchRgbTriplets) {
     ASSERT_TRUE(transform);
     const Bytes in = NoiseBytes(30, 7);
     Bytes viaRgb(30), viaGeneric(30);
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), const_cast<uint8_t*>(in.data()), BM_RGBTRIPLETS, 10, 1, 0,
-                                    viaRgb.data(), BM_RGBTRIPLETS, 0, nullptr, 0));
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), const_cast<uint8_t*>(in.data()), BM_G3CHTRIPLETS, 10, 1, 0,
-                                    viaGeneric.data(), BM_G3CHTRIPLETS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, 10, 1, viaRgb.data(), BM_RGBTRIPLETS));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_G3CHTRIPLETS, 10, 1, viaGeneric.data(), BM_G3CHTRIPLETS));
     EXPECT_EQ(viaRgb, viaGeneric);
 }
 
@@ -190,7 +176,7 @@ TEST_F(BitmapLayout, UnusableFormatsFailWithTheirReason) {
     Bytes in(16), out(16);
     auto translate = [&](BMFORMAT from, BMFORMAT to) {
         SetLastError(0);
-        EXPECT_FALSE(TranslateBitmapBits(transform.Get(), in.data(), from, 1, 1, 0, out.data(), to, 0, nullptr, 0));
+        EXPECT_FALSE(TranslatePacked(transform, in.data(), from, 1, 1, out.data(), to));
         return GetLastError();
     };
     EXPECT_EQ(translate(BM_x555RGB, BM_RGBTRIPLETS), DWORD{ERROR_NOT_SUPPORTED});

@@ -44,8 +44,7 @@ TEST_F(BitmapRows, ZeroStrideMeansRowsPaddedToFourBytes) {
     Bytes packed(36, 0), padded(36, 0xEE);
     ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), BM_RGBTRIPLETS, 3, 3, 12, packed.data(),
                                     BM_RGBTRIPLETS, 12, nullptr, 0));
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), BM_RGBTRIPLETS, 3, 3, 0, padded.data(),
-                                    BM_RGBTRIPLETS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, 3, 3, padded.data(), BM_RGBTRIPLETS));
     for (size_t y = 0; y < 3; ++y) {
         for (size_t x = 0; x < 9; ++x) EXPECT_EQ(padded[y * 12 + x], packed[y * 12 + x]);
         for (size_t x = 9; x < 12; ++x) EXPECT_EQ(padded[y * 12 + x], 0xEE);
@@ -71,10 +70,8 @@ TEST_F(BitmapRows, InPlaceTranslationMatchesSeparateBuffers) {
     const DWORD width = 64, height = 50;
     Bytes image = NoiseBytes(width * 4 * height, 3);
     Bytes separate(image.size());
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), image.data(), BM_xRGBQUADS, width, height, 0, separate.data(),
-                                    BM_xRGBQUADS, 0, nullptr, 0));
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), image.data(), BM_xRGBQUADS, width, height, 0, image.data(),
-                                    BM_xRGBQUADS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, image.data(), BM_xRGBQUADS, width, height, separate.data(), BM_xRGBQUADS));
+    ASSERT_TRUE(TranslatePacked(transform, image.data(), BM_xRGBQUADS, width, height, image.data(), BM_xRGBQUADS));
     EXPECT_EQ(image, separate);
 }
 
@@ -151,8 +148,7 @@ TEST_F(BitmapRows, OneLongRowSplitBetweenThreadsGivesTheSameBytes) {
     for (const char* threads : {"1", "2", "3"}) {
         setenv("TESK_TRANSLATE_THREADS", threads, 1);
         Bytes out(size_t{width} * 4);
-        ASSERT_TRUE(TranslateBitmapBits(transform.Get(), const_cast<uint8_t*>(in.data()), BM_RGBTRIPLETS, width, 1,
-                                        0, out.data(), BM_KYMCQUADS, 0, nullptr, 0));
+        ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, width, 1, out.data(), BM_KYMCQUADS));
         EXPECT_TRUE(out == reference) << threads << " threads";
     }
     // In place with one layout, each pixel only overwrites itself.
@@ -160,11 +156,9 @@ TEST_F(BitmapRows, OneLongRowSplitBetweenThreadsGivesTheSameBytes) {
     Bytes inPlace = in;
     setenv("TESK_TRANSLATE_THREADS", "1", 1);
     Bytes single = in;
-    ASSERT_TRUE(TranslateBitmapBits(same.Get(), single.data(), BM_RGBTRIPLETS, width, 1, 0, single.data(),
-                                    BM_RGBTRIPLETS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(same, single.data(), BM_RGBTRIPLETS, width, 1, single.data(), BM_RGBTRIPLETS));
     setenv("TESK_TRANSLATE_THREADS", "2", 1);
-    ASSERT_TRUE(TranslateBitmapBits(same.Get(), inPlace.data(), BM_RGBTRIPLETS, width, 1, 0, inPlace.data(),
-                                    BM_RGBTRIPLETS, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(same, inPlace.data(), BM_RGBTRIPLETS, width, 1, inPlace.data(), BM_RGBTRIPLETS));
     EXPECT_TRUE(inPlace == single);
 }
 
@@ -177,8 +171,7 @@ TEST_F(BitmapRows, SixteenBitImagesMatchLcms2) {
     const DWORD width = 300, height = 200;
     const Bytes in = NoiseBytes(size_t{width} * 6 * height, 6);
     Bytes out(in.size());
-    ASSERT_TRUE(TranslateBitmapBits(transform.Get(), const_cast<uint8_t*>(in.data()), BM_16b_RGB, width, height, 0,
-                                    out.data(), BM_16b_RGB, 0, nullptr, 0));
+    ASSERT_TRUE(TranslatePacked(transform, in.data(), BM_16b_RGB, width, height, out.data(), BM_16b_RGB));
     EXPECT_TRUE(out == LcmsReference(srgb_, adobe, TYPE_BGR_16, TYPE_BGR_16, INTENT_RELATIVE_COLORIMETRIC,
                                      cmsFLAGS_HIGHRESPRECALC, in, size_t{width} * height));
 }
@@ -195,18 +188,14 @@ TEST_F(BitmapRows, BadHandlesAndPointersFailCleanly) {
                                          nullptr, 0));
         EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
     }
-    EXPECT_FALSE(TranslateBitmapBits(transform.Get(), nullptr, BM_RGBTRIPLETS, 1, 1, 0, out.data(), BM_RGBTRIPLETS,
-                                     0, nullptr, 0));
+    EXPECT_FALSE(TranslatePacked(transform, nullptr, BM_RGBTRIPLETS, 1, 1, out.data(), BM_RGBTRIPLETS));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-    EXPECT_FALSE(TranslateBitmapBits(transform.Get(), in.data(), BM_RGBTRIPLETS, 1, 1, 0, nullptr, BM_RGBTRIPLETS,
-                                     0, nullptr, 0));
+    EXPECT_FALSE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, 1, 1, nullptr, BM_RGBTRIPLETS));
     // A row too long for the 32-bit strides lcms2 takes.
-    EXPECT_FALSE(TranslateBitmapBits(transform.Get(), in.data(), BM_xRGBQUADS, 0x40000000, 1, 0, out.data(),
-                                     BM_xRGBQUADS, 0, nullptr, 0));
+    EXPECT_FALSE(TranslatePacked(transform, in.data(), BM_xRGBQUADS, 0x40000000, 1, out.data(), BM_xRGBQUADS));
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
     // Nothing to do is no failure.
-    EXPECT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), BM_RGBTRIPLETS, 0, 5, 0, out.data(), BM_RGBTRIPLETS,
-                                    0, nullptr, 0));
+    EXPECT_TRUE(TranslatePacked(transform, in.data(), BM_RGBTRIPLETS, 0, 5, out.data(), BM_RGBTRIPLETS));
 }
 
 }  // namespace

@@ -40,6 +40,12 @@ Bytes LcmsChain(const std::vector<const Bytes*>& profiles, std::vector<cmsUInt32
 
 class TransformCreation : public IsolatedTest {
 protected:
+    // The noise pixels as FOGRA39 ink, through `transform` or through lcms2 from sRGB.
+    Bytes Ink(const Transform& t) { return Translate(t, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096); }
+    Bytes LcmsInk(std::vector<cmsUInt32Number> intents, cmsUInt32Number flags = cmsFLAGS_HIGHRESPRECALC) {
+        return LcmsChain({&srgb_, &fogra_}, intents, flags, TYPE_BGR_8, TYPE_CMYK_8, pixels_, 4096, 4);
+    }
+
     Bytes srgb_ = SrgbProfile();
     Bytes fogra_ = FograProfile();
     Bytes pixels_ = NoiseBytes(3 * 4096, 11);
@@ -53,29 +59,20 @@ TEST_F(TransformCreation, MiddleProfileIsDestinationThenSource) {
                           TYPE_BGR_8, pixels_, 4096, 3));
 }
 
-TEST_F(TransformCreation, EachProfileHasItsOwnIntentOrOneServesAll) {
+TEST_F(TransformCreation, EachProfileHasItsOwnIntentOrOneServesAllAndTheRelativeFlagWins) {
     Transform mixed = MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC, INTENT_ABSOLUTE_COLORIMETRIC});
     Transform one = MakeTransform({&srgb_, &fogra_}, {INTENT_ABSOLUTE_COLORIMETRIC});
     Transform both = MakeTransform({&srgb_, &fogra_}, {INTENT_ABSOLUTE_COLORIMETRIC, INTENT_ABSOLUTE_COLORIMETRIC});
     Transform relative = MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC});
-    ASSERT_TRUE(mixed && one && both && relative);
-    const Bytes mixedOut = Translate(mixed, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096);
-    EXPECT_TRUE(mixedOut == LcmsChain({&srgb_, &fogra_}, {1, 3}, cmsFLAGS_HIGHRESPRECALC, TYPE_BGR_8, TYPE_CMYK_8,
-                                      pixels_, 4096, 4));
-    const Bytes oneOut = Translate(one, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096);
-    EXPECT_TRUE(oneOut == Translate(both, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096));
-    EXPECT_FALSE(oneOut == Translate(relative, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096));
-}
-
-TEST_F(TransformCreation, RelativeColorimetricFlagDropsTheWhitePoint) {
-    Transform absolute = MakeTransform({&srgb_, &fogra_}, {INTENT_ABSOLUTE_COLORIMETRIC});
+    // The flag drops the white point of an absolute transform.
     Transform flagged =
         MakeTransform({&srgb_, &fogra_}, {INTENT_ABSOLUTE_COLORIMETRIC}, BEST_MODE | USE_RELATIVE_COLORIMETRIC);
-    Transform relative = MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC});
-    ASSERT_TRUE(absolute && flagged && relative);
-    const Bytes relativeOut = Translate(relative, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096);
-    EXPECT_TRUE(Translate(flagged, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096) == relativeOut);
-    EXPECT_FALSE(Translate(absolute, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096) == relativeOut);
+    ASSERT_TRUE(mixed && one && both && relative && flagged);
+    EXPECT_TRUE(Ink(mixed) == LcmsInk({1, 3}));
+    const Bytes oneOut = Ink(one), relativeOut = Ink(relative);
+    EXPECT_TRUE(oneOut == Ink(both));
+    EXPECT_FALSE(oneOut == relativeOut);
+    EXPECT_TRUE(Ink(flagged) == relativeOut);
 }
 
 TEST_F(TransformCreation, ModesChooseLcms2Precision) {
@@ -85,10 +82,8 @@ TEST_F(TransformCreation, ModesChooseLcms2Precision) {
     for (const auto& [mode, lcmsFlags] : modes) {
         Transform transform = MakeTransform({&srgb_, &fogra_}, {INTENT_PERCEPTUAL}, mode);
         ASSERT_TRUE(transform);
-        results.push_back(Translate(transform, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096));
-        EXPECT_TRUE(results.back() ==
-                    LcmsChain({&srgb_, &fogra_}, {0, 0}, lcmsFlags, TYPE_BGR_8, TYPE_CMYK_8, pixels_, 4096, 4))
-            << "mode " << mode;
+        results.push_back(Ink(transform));
+        EXPECT_TRUE(results.back() == LcmsInk({0, 0}, lcmsFlags)) << "mode " << mode;
     }
     EXPECT_FALSE(results[0] == results[2]);
 }
@@ -125,8 +120,7 @@ TEST_F(TransformCreation, DeviceLinkStandsAloneButMustFitItsNeighbours) {
     EXPECT_TRUE(linked);
 
     SetLastError(0);
-    EXPECT_FALSE(MakeTransform({&srgb_, &link}, {INTENT_PERCEPTUAL}));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_COLORSPACE_MISMATCH});
+    EXPECT_TRUE(FailsWith(MakeTransform({&srgb_, &link}, {INTENT_PERCEPTUAL}), ERROR_COLORSPACE_MISMATCH));
     EXPECT_FALSE(MakeTransform({&srgb_}, {INTENT_PERCEPTUAL}));  // one profile must be a link
     EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
 }
@@ -167,11 +161,8 @@ TEST_F(TransformCreation, DeletingOneOfTwoIdenticalTransformsLeavesTheOther) {
     ASSERT_NE(second, nullptr);
     EXPECT_NE(second, first.Get());
     SetLastError(0);
-    EXPECT_FALSE(DeleteColorTransform(second));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
-    EXPECT_TRUE(Translate(first, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096) ==
-                LcmsChain({&srgb_, &fogra_}, {0, 0}, cmsFLAGS_HIGHRESPRECALC, TYPE_BGR_8, TYPE_CMYK_8, pixels_, 4096,
-                          4));
+    EXPECT_TRUE(FailsWith(DeleteColorTransform(second), ERROR_INVALID_HANDLE));
+    EXPECT_TRUE(Ink(first) == LcmsInk({0, 0}));
 }
 
 class ColorTransformFromLogColorSpace : public TransformCreation {
@@ -199,9 +190,8 @@ TEST_F(ColorTransformFromLogColorSpace, SourceToDestinationWithTheSpacesIntent) 
     LOGCOLORSPACEW space = Srgb(LCS_GM_BUSINESS);
     Transform transform(CreateColorTransformW(&space, destination.Get(), nullptr, BEST_MODE));
     ASSERT_TRUE(transform);
-    EXPECT_TRUE(Translate(transform, pixels_, BM_RGBTRIPLETS, BM_KYMCQUADS, 4, 4096) ==
-                LcmsChain({&builtIn, &fogra_}, {2, 2}, cmsFLAGS_HIGHRESPRECALC, TYPE_BGR_8, TYPE_CMYK_8, pixels_,
-                          4096, 4));
+    EXPECT_TRUE(Ink(transform) == LcmsChain({&builtIn, &fogra_}, {2, 2}, cmsFLAGS_HIGHRESPRECALC, TYPE_BGR_8,
+                                            TYPE_CMYK_8, pixels_, 4096, 4));
 }
 
 TEST_F(ColorTransformFromLogColorSpace, ProofingThroughATargetKeepsItsPaperUnlessRelative) {
