@@ -11,6 +11,7 @@
 #include "cli/imageio/ImageFile.h"
 #include "cli_runner.h"
 #include "image_fixtures.h"
+#include "support/conversion_delta_e.h"
 #include "support/temp_env.h"
 
 namespace teskcolor::test {
@@ -110,30 +111,6 @@ SImage InGamutImage(const std::string& cmykProfile) {
     return image;
 }
 
-// CIEDE2000 between two 8-bit sRGB images, worst and mean.
-std::pair<double, double> DeltaE2000(const CRowIterator& a, const CRowIterator& b) {
-    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
-    cmsHPROFILE lab = cmsCreateLab4Profile(nullptr);
-    cmsHTRANSFORM toLab = cmsCreateTransform(srgb, TYPE_BGR_8, lab, TYPE_Lab_DBL, INTENT_RELATIVE_COLORIMETRIC, 0);
-    double worst = 0, sum = 0;
-    size_t count = 0;
-    for (int y = 0; y < a.GetHeight(); ++y) {
-        for (int x = 0; x < a.GetWidth(); ++x) {
-            cmsCIELab la, lb;
-            cmsDoTransform(toLab, a.GetRow(y) + x * 3, &la, 1);
-            cmsDoTransform(toLab, b.GetRow(y) + x * 3, &lb, 1);
-            const double d = cmsCIE2000DeltaE(&la, &lb, 1, 1, 1);
-            worst = std::max(worst, d);
-            sum += d;
-            ++count;
-        }
-    }
-    cmsDeleteTransform(toLab);
-    cmsCloseProfile(srgb);
-    cmsCloseProfile(lab);
-    return {worst, sum / double(count)};
-}
-
 TEST_F(CliConversion, SeparateThenCombineGivesInGamutColoursBack) {
     for (const char* name : {"SWOP Coated (TR003).icc", "ISO Coated (FOGRA39).icc"}) {
         const std::string profile = Profile(name);
@@ -144,7 +121,7 @@ TEST_F(CliConversion, SeparateThenCombineGivesInGamutColoursBack) {
         const SImage back = ReadImage(Path("back.tif"));
         ASSERT_EQ(back.pixels.GetPixelFormat(), VPF_RGB_8);
         EXPECT_FALSE(back.iccProfile.empty());
-        const auto [worst, mean] = DeltaE2000(input.pixels, back.pixels);
+        const auto [worst, mean] = tesk::test::DeltaE2000(input.pixels, back.pixels);
         EXPECT_LT(mean, 1.0) << name;
         EXPECT_LT(worst, 5.0) << name;
         std::printf("%s: CIEDE2000 mean %.2f, worst %.2f\n", name, mean, worst);
