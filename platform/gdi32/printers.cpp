@@ -15,8 +15,7 @@
 #include "ppd_profiles.h"
 
 #ifdef TESK_HAVE_CUPS
-#include <cups/cups.h>
-#include <cups/ppd.h>
+#include "cups_library.h"
 #endif
 
 namespace tesk::printers {
@@ -52,38 +51,36 @@ std::vector<Printer> TestPrinters() {
 bool TestPrintersNamed() { return std::getenv("TESK_TEST_PRINTERS") != nullptr; }
 
 #ifdef TESK_HAVE_CUPS
-std::wstring OptionText(const cups_dest_t& dest, const char* name) {
-    const char* value = cupsGetOption(name, dest.num_options, dest.options);
+std::wstring OptionText(const CupsLibrary& cups, const cups_dest_t& dest, const char* name) {
+    const char* value = cups.getOption(name, dest.num_options, dest.options);
     return value ? path::Wide(value) : std::wstring();
 }
 
 std::vector<Printer> CupsPrinters(std::wstring* defaultName) {
     std::vector<Printer> list;
+    const CupsLibrary* cups = Cups();
+    if (!cups) return list;
     cups_dest_t* dests = nullptr;
-    int count = cupsGetDests2(CUPS_HTTP_DEFAULT, &dests);
+    int count = cups->getDests2(CUPS_HTTP_DEFAULT, &dests);
     for (int i = 0; i < count; ++i) {
         if (dests[i].instance) continue;  // instances are option sets of a printer, not printers
         Printer printer;
         printer.name = path::Wide(dests[i].name);
-        printer.driver = OptionText(dests[i], "printer-make-and-model");
+        printer.driver = OptionText(*cups, dests[i], "printer-make-and-model");
         if (printer.driver.empty()) printer.driver = L"CUPS";
-        printer.port = OptionText(dests[i], "device-uri");
+        printer.port = OptionText(*cups, dests[i], "device-uri");
         if (printer.port.empty()) printer.port = L"CUPS:";
         printer.cups = true;
         if (dests[i].is_default && defaultName) *defaultName = printer.name;
         list.push_back(printer);
     }
-    cupsFreeDests(count, dests);
+    cups->freeDests(count, dests);
     return list;
 }
 
 std::string PpdProfileOf(const std::wstring& name) {
-    // CUPS marks its PPD calls as going away with PPDs themselves; while
-    // queues have PPDs, this is where their profiles are.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    const char* ppd = cupsGetPPD(path::Utf8(name).c_str());
-#pragma GCC diagnostic pop
+    const CupsLibrary* cups = Cups();
+    const char* ppd = cups ? cups->getPPD(path::Utf8(name).c_str()) : nullptr;
     if (!ppd) return "";
     std::ifstream in(ppd, std::ios::binary);
     std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
@@ -151,14 +148,14 @@ bool SetDefaultName(const std::wstring& name) {
 
 bool Submit(const Printer& printer, const std::string& pdfPath, const std::wstring& title, int copies) {
 #ifdef TESK_HAVE_CUPS
-    if (printer.cups) {
+    if (const CupsLibrary* cups = printer.cups ? Cups() : nullptr) {
         cups_option_t* options = nullptr;
         int count = 0;
-        if (copies > 1) count = cupsAddOption("copies", std::to_string(copies).c_str(), count, &options);
+        if (copies > 1) count = cups->addOption("copies", std::to_string(copies).c_str(), count, &options);
         std::string name = path::Utf8(printer.name), titleText = path::Utf8(title);
-        int job = cupsPrintFile2(CUPS_HTTP_DEFAULT, name.c_str(), pdfPath.c_str(),
-                                 titleText.empty() ? "Document" : titleText.c_str(), count, options);
-        cupsFreeOptions(count, options);
+        int job = cups->printFile2(CUPS_HTTP_DEFAULT, name.c_str(), pdfPath.c_str(),
+                                   titleText.empty() ? "Document" : titleText.c_str(), count, options);
+        cups->freeOptions(count, options);
         if (job <= 0) SetLastError(ERROR_WRITE_FAULT);
         return job > 0;
     }

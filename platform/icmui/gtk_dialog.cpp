@@ -174,3 +174,9 @@ DialogResult RunDialog(COLORMATCHSETUPW& setup, Choices& choices) {
 }
 
 }  // namespace tesk::icmui
+
+// The one entry point of the dialog module, found by name when it is loaded.
+extern "C" __attribute__((visibility("default"))) int TeskRunColorMatchingDialog(COLORMATCHSETUPW* setup,
+                                                                               tesk::icmui::Choices* choices) {
+    return static_cast<int>(tesk::icmui::RunDialog(*setup, *choices));
+}

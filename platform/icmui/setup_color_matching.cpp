@@ -3,9 +3,7 @@
 #include <windows.h>
 
 #include "choices.h"
-#ifdef TESK_HAVE_GTK
-#include "gtk_dialog.h"
-#endif
+#include "dialog_module.h"
 
 using namespace tesk;
 
@@ -14,9 +12,8 @@ BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-#ifdef TESK_HAVE_GTK
     icmui::Choices choices = icmui::ReadRecord(*pcms);
-    switch (icmui::RunDialog(*pcms, choices)) {
+    switch (icmui::RunDialogFromModule(*pcms, choices)) {
     case icmui::DialogResult::Accepted:
         return icmui::WriteRecord(choices, *pcms) ? TRUE : FALSE;
     case icmui::DialogResult::Cancelled:
@@ -26,8 +23,7 @@ BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms) {
     case icmui::DialogResult::Unavailable:
         break;
     }
-#endif
-    // No dialog can be shown (no display, or a build without GTK); the record stays untouched.
+    // No dialog can be shown (no display, or no GTK); the record stays untouched.
     SetLastError(ERROR_NOT_SUPPORTED);
     return FALSE;
 }
