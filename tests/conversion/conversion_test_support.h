@@ -10,6 +10,7 @@
 #include "host/SingletonManager.h"
 #include "host/imaging/RowIteratorBands.h"
 #include "manager_test_support.h"
+#include "support/conversion_delta_e.h"
 
 namespace conversion_test {
 
@@ -42,15 +43,16 @@ inline CRowIterator RandomRGB(int width, int height, unsigned seed, int low = 0,
     return image;
 }
 
+inline HPROFILE OpenProfile(const std::string& path) {
+    std::wstring wide(path.begin(), path.end());
+    PROFILE record{PROFILE_FILENAME, wide.data(), static_cast<DWORD>((wide.size() + 1) * 2)};
+    return OpenColorProfileW(&record, PROFILE_READ, FILE_SHARE_READ, OPEN_EXISTING);
+}
+
 // The platform's own translation of the image to packed C, M, Y, K bytes.
 inline std::vector<BYTE> PlatformQuads(const std::string& rgbPath, const std::string& cmykPath,
                                        CRowIterator& image, DWORD intent) {
-    auto open = [](const std::string& path) {
-        std::wstring wide(path.begin(), path.end());
-        PROFILE record{PROFILE_FILENAME, wide.data(), static_cast<DWORD>((wide.size() + 1) * 2)};
-        return OpenColorProfileW(&record, PROFILE_READ, FILE_SHARE_READ, OPEN_EXISTING);
-    };
-    HPROFILE profiles[2] = {open(rgbPath), open(cmykPath)};
+    HPROFILE profiles[2] = {OpenProfile(rgbPath), OpenProfile(cmykPath)};
     DWORD intents[2] = {intent, intent};
     HTRANSFORM transform = CreateMultiProfileTransform(profiles, 2, intents, 2, BEST_MODE, INDEX_DONT_CARE);
     std::vector<BYTE> quads(size_t(image.GetWidth()) * image.GetHeight() * 4);
@@ -62,27 +64,5 @@ inline std::vector<BYTE> PlatformQuads(const std::string& rgbPath, const std::st
     CloseColorProfile(profiles[1]);
     return quads;
 }
-
-// CIEDE2000 between two 8-bit sRGB colours given as B, G, R bytes.
-class SrgbDifference {
-public:
-    SrgbDifference() {
-        cmsHPROFILE srgb = cmsCreate_sRGBProfile();
-        cmsHPROFILE lab = cmsCreateLab4Profile(nullptr);
-        transform_ = cmsCreateTransform(srgb, TYPE_BGR_8, lab, TYPE_Lab_DBL, INTENT_RELATIVE_COLORIMETRIC, 0);
-        cmsCloseProfile(srgb);
-        cmsCloseProfile(lab);
-    }
-    ~SrgbDifference() { cmsDeleteTransform(transform_); }
-    double operator()(const BYTE* a, const BYTE* b) const {
-        cmsCIELab la, lb;
-        cmsDoTransform(transform_, a, &la, 1);
-        cmsDoTransform(transform_, b, &lb, 1);
-        return cmsCIE2000DeltaE(&la, &lb, 1, 1, 1);
-    }
-
-private:
-    cmsHTRANSFORM transform_;
-};
 
 }  // namespace conversion_test

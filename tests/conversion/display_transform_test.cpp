@@ -69,21 +69,18 @@ TEST_F(DisplayTransformTest, PaletteSizesOutsideOneTo256Fail) {
     EXPECT_EQ(indexed.GetPaletteCount(), 256);
 }
 
-TEST_F(DisplayTransformTest, ColoursAreCopiedWhenThereIsNoTransform) {
-    CString missing(L"NoSuchMonitor.icc");
-    Manager().SetMonitorProfile(missing);
-    ASSERT_EQ(Access::ImageTransform(Manager()), nullptr);
-    RGBQUAD in[3] = {{1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}}, out[3] = {};
-    EXPECT_FALSE(Manager().ProcessColors(in, out, 3));
-    EXPECT_EQ(std::memcmp(in, out, sizeof in), 0);
-}
-
-TEST_F(DisplayTransformTest, ProcessedColoursKeepTheirFourthByte) {
+TEST_F(DisplayTransformTest, ProcessedColoursKeepTheirFourthByteWithoutATransformAllIsCopied) {
     RGBQUAD in[2] = {{0, 0, 255, 9}, {128, 128, 128, 9}}, out[2] = {{0, 0, 0, 77}, {0, 0, 0, 77}};
     ASSERT_NE(Access::ImageTransform(Manager()), nullptr);
     EXPECT_TRUE(Manager().ProcessColors(in, out, 2));
     EXPECT_EQ(out[0].rgbReserved, 77);
     EXPECT_EQ(out[1].rgbReserved, 77);
+
+    CString missing(L"NoSuchMonitor.icc");
+    Manager().SetMonitorProfile(missing);
+    ASSERT_EQ(Access::ImageTransform(Manager()), nullptr);
+    EXPECT_FALSE(Manager().ProcessColors(in, out, 2));
+    EXPECT_EQ(std::memcmp(in, out, sizeof in), 0);
 }
 
 TEST_F(DisplayTransformTest, SingleColourNeedsTheHostProfile) {
@@ -114,10 +111,7 @@ TEST_F(DisplayTransformTest, GreyscaleIndexUsesTheLowBytes) {
 TEST_F(DisplayTransformTest, EmbeddedProfileBringsTilesIntoTheWorkingSpace) {
     // A source profile equal to the working space leaves the pixels (nearly) alone,
     // whichever way the tiles run.
-    const std::string path = SrgbPath();
-    std::wstring wide(path.begin(), path.end());
-    PROFILE record{PROFILE_FILENAME, wide.data(), static_cast<DWORD>((wide.size() + 1) * 2)};
-    HPROFILE source = OpenColorProfileW(&record, PROFILE_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    HPROFILE source = OpenProfile(SrgbPath());
     ASSERT_NE(source, nullptr);
     CRowIterator image = RandomRGB(3000, 3, 8);
     std::vector<BYTE> before = Bytes(image);

@@ -38,14 +38,9 @@ protected:
 TEST_F(InkRowsTest, PlatesAreComplementsAndCMYFoldsTheBlackInWithSaturation) {
     BYTE rgb[6] = {}, c[2], m[2], y[2], k[2];
     ASSERT_EQ(Manager().ConvertRGBtoCMYK(c, m, y, k, rgb, 2, 8, 6), VELL_OK);
-    EXPECT_EQ(c[1], 55);
-    EXPECT_EQ(m[1], 245);
-    EXPECT_EQ(y[1], 255);
-    EXPECT_EQ(k[1], 155);
+    EXPECT_EQ((std::vector<int>{c[1], m[1], y[1], k[1]}), (std::vector<int>{55, 245, 255, 155}));
     ASSERT_EQ(Manager().ConvertRGBtoCMY(c, m, y, rgb, 2, 8, 6), VELL_OK);
-    EXPECT_EQ(c[0], 0);  // 200 + 100 saturates at 255
-    EXPECT_EQ(m[0], 145);
-    EXPECT_EQ(y[0], 155);
+    EXPECT_EQ((std::vector<int>{c[0], m[0], y[0]}), (std::vector<int>{0, 145, 155}));  // 200 + 100 saturates
 }
 
 TEST_F(InkRowsTest, PlanarInksAreComplementedAndPackedRowsPassUntouched) {
