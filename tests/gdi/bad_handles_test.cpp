@@ -19,8 +19,7 @@ void ExpectInvalidHandle(HDC dc) {
     EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
     EXPECT_FALSE(GetDeviceGammaRamp(dc, ramp.data()));
     EXPECT_FALSE(SetDeviceGammaRamp(dc, ramp.data()));
-    EXPECT_FALSE(GetICMProfileW(dc, &size, name));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
+    EXPECT_TRUE(FailsWith(GetICMProfileW(dc, &size, name), ERROR_INVALID_HANDLE));
     EXPECT_FALSE(SetICMProfileW(dc, name));
     EXPECT_EQ(SetICMMode(dc, ICM_ON), 0);
     EXPECT_EQ(EnumICMProfilesW(dc, [](LPWSTR, LPARAM) { return 1; }, 0), -1);
@@ -32,8 +31,7 @@ void ExpectInvalidHandle(HDC dc) {
     EXPECT_EQ(GetPixel(dc, 0, 0), CLR_INVALID);
     EXPECT_FALSE(BitBlt(dc, 0, 0, 1, 1, nullptr, 0, 0, BLACKNESS));
     EXPECT_EQ(StartDocW(dc, nullptr), SP_ERROR);
-    EXPECT_FALSE(DeleteDC(dc));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
+    EXPECT_TRUE(FailsWith(DeleteDC(dc), ERROR_INVALID_HANDLE));
 }
 
 TEST_F(BadHandleTest, DeletedNullAndForeignContexts) {
@@ -62,8 +60,7 @@ TEST_F(BadHandleTest, BitmapsAndContextsAreNotInterchangeable) {
     EXPECT_FALSE(DeleteObject(bitmap));
     ASSERT_TRUE(DeleteDC(memory));
     EXPECT_TRUE(DeleteObject(bitmap));
-    EXPECT_FALSE(DeleteObject(bitmap));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_HANDLE));
+    EXPECT_TRUE(FailsWith(DeleteObject(bitmap), ERROR_INVALID_HANDLE));
 }
 
 TEST_F(BadHandleTest, OversizedAndNegativeRequests) {

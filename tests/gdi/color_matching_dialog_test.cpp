@@ -24,8 +24,7 @@ TEST_F(ColorMatchingDialogTest, WithoutADisplayTheCallFailsWithAnErrorAndChanges
     WCHAR monitor[MAX_PATH] = L"mine.icc";
     COLORMATCHSETUPW setup = Record(monitor);
     SetLastError(0);
-    EXPECT_FALSE(SetupColorMatchingW(&setup));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_NOT_SUPPORTED));
+    EXPECT_TRUE(FailsWith(SetupColorMatchingW(&setup), ERROR_NOT_SUPPORTED));
     EXPECT_EQ(std::wstring(monitor), L"mine.icc");
     EXPECT_EQ(setup.dwFlags, DWORD(CMS_SETMONITORPROFILE));
 }
@@ -34,10 +33,8 @@ TEST_F(ColorMatchingDialogTest, MalformedRecordsAreRefused) {
     WCHAR monitor[MAX_PATH] = {};
     COLORMATCHSETUPW setup = Record(monitor);
     setup.dwSize = 100;
-    EXPECT_FALSE(SetupColorMatchingW(&setup));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
-    EXPECT_FALSE(SetupColorMatchingW(nullptr));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(SetupColorMatchingW(&setup), ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(SetupColorMatchingW(nullptr), ERROR_INVALID_PARAMETER));
 }
 
 TEST_F(ColorMatchingDialogTest, TheModulesAreFoundByTheirWindowsNames) {

@@ -63,8 +63,7 @@ TEST_F(CupsPrinterTest, APrintersProfileComesFromItsPpd) {
 
     HDC office = CreateDCW(nullptr, L"Office", nullptr, nullptr);
     size = MAX_PATH;
-    EXPECT_FALSE(GetICMProfileW(office, &size, name));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_PROFILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(GetICMProfileW(office, &size, name), ERROR_PROFILE_NOT_FOUND));
     DeleteDC(office);
 }
 
@@ -78,18 +77,12 @@ TEST_F(CupsPrinterTest, APrintedDocumentArrivesAsAJob) {
     ASSERT_GT(EndDoc(dc), 0);
     DeleteDC(dc);
 
-    std::string output = server_->OutputOf("Office"), text;
+    std::string text;
     for (int i = 0; i < 150 && text.find("%%EOF") == std::string::npos; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        std::ifstream in(output, std::ios::binary);
-        std::stringstream read;
-        read << in.rdbuf();
-        text = read.str();
+        text = ReadText(server_->OutputOf("Office"));
     }
-    std::ifstream log(server_->Folder() + "/error_log");
-    std::stringstream logText;
-    logText << log.rdbuf();
-    EXPECT_EQ(text.rfind("%PDF-1.4", 0), 0u) << "scheduler log:\n" << logText.str();
+    EXPECT_EQ(text.rfind("%PDF-1.4", 0), 0u) << "scheduler log:\n" << ReadText(server_->Folder() + "/error_log");
     EXPECT_NE(text.find("/Title (Job from GDI)"), std::string::npos);
     EXPECT_NE(text.find("%%EOF"), std::string::npos);
 }

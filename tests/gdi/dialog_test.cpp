@@ -18,32 +18,19 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-// GTK, fontconfig and their kin keep process-long caches that the leak
-// checker of sanitizer builds would report; they are not ours.
+// For the leak checker of sanitizer builds.
 extern "C" __attribute__((visibility("default"), used)) const char* __lsan_default_suppressions() {
-    return "leak:libfontconfig.so\nleak:libgtk-3.so\nleak:libgdk-3.so\nleak:libglib-2.0.so\n"
-           "leak:libgobject-2.0.so\nleak:libpango\nleak:libcairo.so\nleak:libharfbuzz.so\n";
+    return tesk::test::kGtkLeakSuppressions;
 }
 
 namespace tesk::test {
 namespace {
 
-std::string Output(const std::string& command) {
-    std::string text;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char buffer[256];
-        while (fgets(buffer, sizeof buffer, pipe)) text += buffer;
-        pclose(pipe);
-    }
-    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
-    return text;
-}
-
 class DialogTest : public GdiTest {
 protected:
     void SetUp() override {
         GdiTest::SetUp();
-        if (std::system("command -v xdotool >/dev/null 2>&1") != 0) GTEST_SKIP() << "xdotool is not available";
+        if (!HasXdotool()) GTEST_SKIP() << "xdotool is not available";
         server_ = std::make_unique<XvfbServer>(1024, 768);
         if (!server_->Running()) GTEST_SKIP() << "Xvfb is not available";
         setenv("DISPLAY", server_->Name().c_str(), 1);
@@ -61,14 +48,8 @@ protected:
 
     // Waits for the dialog, keeps a screenshot of it, then types `keys` into it.
     void Drive(const std::string& keys) {
-        driver_ = std::thread([this, keys] {
-            std::string window =
-                Output("timeout 20 xdotool search --sync --onlyvisible --name 'Colour Management' | head -1");
-            if (window.empty()) return;
-            std::system(("xdotool windowfocus --sync " + window + " >/dev/null 2>&1").c_str());
-            screenshotColours_ = ScreenshotColours(std::stoul(window));
-            std::system(("xdotool key --delay 100 " + keys + " >/dev/null 2>&1").c_str());
-        });
+        driver_ = DriveWindow("Colour Management", keys,
+                              [this](unsigned long window) { screenshotColours_ = ScreenshotColours(window); });
     }
 
     // Distinct colours in the dialog's window, saved as a PPM screenshot beside the tests.
@@ -153,8 +134,7 @@ TEST_F(DialogTest, ANameTooLongForItsBufferIsReportedAsOverflow) {
     // Four characters of the monitor name are read; they cannot go back with their terminator.
     setup.ccMonitorProfile = 4;
     Drive("alt+o");
-    EXPECT_FALSE(SetupColorMatchingW(&setup));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INSUFFICIENT_BUFFER));
+    EXPECT_TRUE(FailsWith(SetupColorMatchingW(&setup), ERROR_INSUFFICIENT_BUFFER));
     EXPECT_NE(setup.dwFlags & CMS_MONITOROVERFLOW, 0u);
     EXPECT_EQ(setup.dwFlags & CMS_PRINTEROVERFLOW, 0u);
     EXPECT_EQ(std::wstring(printer_), L"ISO");

@@ -49,8 +49,7 @@ TEST_F(DisplayTest, ARecordIsFilledOnlyAsFarAsItsSizeReaches) {
 
     device.cb = 10;
     SetLastError(0);
-    EXPECT_FALSE(EnumDisplayDevicesW(nullptr, 0, &device, 0));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(EnumDisplayDevicesW(nullptr, 0, &device, 0), ERROR_INVALID_PARAMETER));
     EXPECT_FALSE(EnumDisplayDevicesW(nullptr, 0, nullptr, 0));
 }
 
@@ -97,8 +96,7 @@ TEST_F(DisplayTest, DisplayContextsByDriverOrDeviceName) {
         EXPECT_TRUE(DeleteDC(dc));
     }
     EXPECT_EQ(CreateDCW(L"\\\\.\\DISPLAY2", nullptr, nullptr, nullptr), nullptr);
-    EXPECT_EQ(CreateDCW(nullptr, nullptr, nullptr, nullptr), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(CreateDCW(nullptr, nullptr, nullptr, nullptr), ERROR_INVALID_PARAMETER));
 }
 
 TEST_F(DisplayTest, WindowContextsComeBackThroughReleaseDC) {
@@ -115,8 +113,7 @@ TEST_F(DisplayTest, WindowContextsComeBackThroughReleaseDC) {
     HDC own = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
     EXPECT_EQ(ReleaseDC(nullptr, own), 0);  // not a window DC: DeleteDC's business
     EXPECT_TRUE(DeleteDC(own));
-    EXPECT_EQ(GetDC(reinterpret_cast<HWND>(uintptr_t(0x777))), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_WINDOW_HANDLE));
+    EXPECT_TRUE(FailsWith(GetDC(reinterpret_cast<HWND>(uintptr_t(0x777))), ERROR_INVALID_WINDOW_HANDLE));
 }
 
 }  // namespace

@@ -46,8 +46,7 @@ TEST_F(GammaTest, DecreasingRampsAreRefusedAndLeaveTheDisplayAlone) {
     Ramp inverted = Identity();
     for (int i = 0; i < 256; ++i) inverted[size_t(512 + i)] = WORD((255 - i) * 257);
     SetLastError(0);
-    EXPECT_FALSE(SetDeviceGammaRamp(dc, inverted.data()));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(SetDeviceGammaRamp(dc, inverted.data()), ERROR_INVALID_PARAMETER));
     Ramp read{};
     ASSERT_TRUE(GetDeviceGammaRamp(dc, read.data()));
     EXPECT_EQ(read, Identity());

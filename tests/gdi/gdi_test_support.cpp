@@ -4,6 +4,8 @@
 #include <tesk/path.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include "display.h"
@@ -47,5 +49,24 @@ void WriteRgbProfile(const std::string& nativePath, bool wideGamut) {
 }
 
 std::wstring Wide(const std::string& text) { return path::Wide(text); }
+
+std::string ReadText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+COLORREF LcmsFromSrgb(const std::string& nativePath, COLORREF c) {
+    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    cmsHPROFILE target = cmsOpenProfileFromFile(nativePath.c_str(), "r");
+    cmsHTRANSFORM transform = cmsCreateTransform(srgb, TYPE_RGB_8, target, TYPE_RGB_8, INTENT_PERCEPTUAL, 0);
+    uint8_t in[3] = {GetRValue(c), GetGValue(c), GetBValue(c)}, out[3] = {};
+    cmsDoTransform(transform, in, out, 1);
+    cmsDeleteTransform(transform);
+    cmsCloseProfile(target);
+    cmsCloseProfile(srgb);
+    return RGB(out[0], out[1], out[2]);
+}
 
 }  // namespace tesk::test

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "support/frame_fails_with.h"
 #include "support/temp_env.h"
 
 namespace tesk::test {
@@ -25,5 +26,8 @@ protected:
 void WriteRgbProfile(const std::string& nativePath, bool wideGamut);
 
 std::wstring Wide(const std::string& text);
+std::string ReadText(const std::string& path);
+// What lcms2 makes of the sRGB colour `c` in the RGB profile at `nativePath` (perceptual).
+COLORREF LcmsFromSrgb(const std::string& nativePath, COLORREF c);
 
 }  // namespace tesk::test

@@ -133,13 +133,11 @@ TEST_F(IcmProfileTest, SizesAndRefusedProfiles) {
     EXPECT_FALSE(GetICMProfileW(display_, nullptr, buffer.data()));
 
     std::wstring missing = Wide(env_.Root() + "/missing.icc");
-    EXPECT_FALSE(SetICMProfileW(display_, missing.data()));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(SetICMProfileW(display_, missing.data()), ERROR_FILE_NOT_FOUND));
     std::string text = env_.Root() + "/text.icc";
     WriteBytes(text, std::vector<uint8_t>(200, 'x'));
     std::wstring notProfile = Wide(text);
-    EXPECT_FALSE(SetICMProfileW(display_, notProfile.data()));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PROFILE));
+    EXPECT_TRUE(FailsWith(SetICMProfileW(display_, notProfile.data()), ERROR_INVALID_PROFILE));
     EXPECT_FALSE(SetICMProfileW(display_, nullptr));
 }
 

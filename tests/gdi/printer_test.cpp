@@ -14,13 +14,6 @@ namespace {
 
 using PrinterTest = GdiTest;
 
-std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 size_t Count(const std::string& text, const std::string& what) {
     size_t n = 0;
     for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
@@ -29,10 +22,8 @@ size_t Count(const std::string& text, const std::string& what) {
 
 TEST_F(PrinterTest, NoPrintersUnlessSomeAreNamed) {
     DWORD size = 0;
-    EXPECT_FALSE(GetDefaultPrinterW(nullptr, &size));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
-    EXPECT_EQ(CreateDCW(nullptr, L"Office", nullptr, nullptr), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PRINTER_NAME));
+    EXPECT_TRUE(FailsWith(GetDefaultPrinterW(nullptr, &size), ERROR_FILE_NOT_FOUND));
+    EXPECT_TRUE(FailsWith(CreateDCW(nullptr, L"Office", nullptr, nullptr), ERROR_INVALID_PRINTER_NAME));
     EXPECT_EQ(DocumentPropertiesW(nullptr, nullptr, const_cast<LPWSTR>(L"Office"), nullptr, nullptr, 0), -1);
 }
 
@@ -52,8 +43,7 @@ TEST_F(PrinterTest, TheFirstPrinterIsTheDefaultUntilAnotherIsChosen) {
     size = 64;
     ASSERT_TRUE(GetDefaultPrinterW(name, &size));
     EXPECT_EQ(std::wstring(name), L"Lab Proofer");
-    EXPECT_FALSE(SetDefaultPrinterW(L"Nowhere"));
-    EXPECT_EQ(GetLastError(), DWORD(ERROR_INVALID_PRINTER_NAME));
+    EXPECT_TRUE(FailsWith(SetDefaultPrinterW(L"Nowhere"), ERROR_INVALID_PRINTER_NAME));
 }
 
 TEST_F(PrinterTest, DeviceModesShapeThePrinterContext) {

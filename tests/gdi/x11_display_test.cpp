@@ -1,6 +1,5 @@
 // The X11 displays under an Xvfb server started by the test.
 #include <icm.h>
-#include <lcms2.h>
 #include <tesk/path.h>
 #include <windows.h>
 
@@ -192,18 +191,11 @@ TEST_F(X11DisplayTest, AWindowsContextDrawsIntoTheWindowMatchedToTheDisplayProfi
     ASSERT_NE(StretchDIBits(dc, 0, 0, 64, 32, 0, 0, 1, 1, &pixel, &bitmap, DIB_RGB_COLORS, SRCCOPY), 0);
     EXPECT_EQ(ReleaseDC(hwnd, dc), 1);
 
-    cmsHPROFILE srgb = cmsCreate_sRGBProfile();
-    cmsHPROFILE target = cmsOpenProfileFromFile(wide.c_str(), "r");
-    cmsHTRANSFORM transform = cmsCreateTransform(srgb, TYPE_RGB_8, target, TYPE_RGB_8, INTENT_PERCEPTUAL, 0);
-    uint8_t in[3] = {0xC8, 0x28, 0x50}, out[3] = {};
-    cmsDoTransform(transform, in, out, 1);
-    cmsDeleteTransform(transform);
-    cmsCloseProfile(target);
-    cmsCloseProfile(srgb);
+    const COLORREF matched = LcmsFromSrgb(wide, RGB(0xC8, 0x28, 0x50));
 
     XImage* shot = XGetImage(x_, window, 0, 0, 64, 32, AllPlanes, ZPixmap);
     ASSERT_NE(shot, nullptr);
-    unsigned long expected = (unsigned long)(out[0]) << 16 | (unsigned long)(out[1]) << 8 | out[2];
+    const unsigned long expected = GetRValue(matched) << 16 | GetGValue(matched) << 8 | GetBValue(matched);
     EXPECT_EQ(XGetPixel(shot, 5, 5) & 0xFFFFFF, expected);
     EXPECT_EQ(XGetPixel(shot, 63, 31) & 0xFFFFFF, expected);
     EXPECT_NE(expected, 0xC82850u);

@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace tesk::test {
@@ -47,6 +49,26 @@ XvfbServer::~XvfbServer() {
         kill(pid_, SIGTERM);
         waitpid(pid_, nullptr, 0);
     }
+}
+
+bool HasXdotool() { return std::system("command -v xdotool >/dev/null 2>&1") == 0; }
+
+std::thread DriveWindow(const std::string& title, const std::string& keys,
+                        std::function<void(unsigned long window)> beforeKeys) {
+    return std::thread([title, keys, beforeKeys] {
+        std::string window;
+        const std::string find = "timeout 20 xdotool search --sync --onlyvisible --name '" + title + "' | head -1";
+        if (FILE* pipe = popen(find.c_str(), "r")) {
+            char buffer[64] = {};
+            if (fgets(buffer, sizeof buffer, pipe)) window = buffer;
+            pclose(pipe);
+        }
+        while (!window.empty() && (window.back() == '\n' || window.back() == ' ')) window.pop_back();
+        if (window.empty()) return;
+        std::system(("xdotool windowfocus --sync " + window + " >/dev/null 2>&1").c_str());
+        if (beforeKeys) beforeKeys(std::stoul(window));
+        std::system(("xdotool key --delay 100 " + keys + " >/dev/null 2>&1").c_str());
+    });
 }
 
 }  // namespace tesk::test

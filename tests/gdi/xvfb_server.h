@@ -2,7 +2,9 @@
 #pragma once
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
+#include <thread>
 
 namespace tesk::test {
 
@@ -22,5 +24,16 @@ private:
     pid_t pid_ = -1;
     std::string name_;
 };
+
+bool HasXdotool();
+// With xdotool: waits up to 20 s for a visible window titled `title`, focuses
+// it, hands its id to `beforeKeys`, then types `keys` into it.
+std::thread DriveWindow(const std::string& title, const std::string& keys,
+                        std::function<void(unsigned long window)> beforeKeys = {});
+
+// Process-long caches of GTK, fontconfig and their kin, which are not ours to free.
+inline constexpr const char kGtkLeakSuppressions[] =
+    "leak:libfontconfig.so\nleak:libgtk-3.so\nleak:libgdk-3.so\nleak:libglib-2.0.so\n"
+    "leak:libgobject-2.0.so\nleak:libpango\nleak:libcairo.so\nleak:libharfbuzz.so\n";
 
 }  // namespace tesk::test
