@@ -19,6 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* kInks[4] = {"cyan", "magenta", "yellow", "black"};
+
 std::string Profile(const char* name) { return tesk::test::DataPath(std::string("ColorProfile/") + name); }
 
 class CliConversion : public tesk::test::IsolatedTest {
@@ -141,7 +143,7 @@ TEST_F(CliConversion, PlatesAreComplementsAndSixteenBitPlatesAreTimes257) {
     Run({"separate", Path("chart8.tif"), Path("ink.png")});
     Run({"separate", "--invert", Path("chart8.tif"), Path("inv.png")});
     Run({"separate", "--invert", Path("chart16.tif"), Path("inv16.tif")});
-    for (const char* ink : {"cyan", "magenta", "yellow", "black"}) {
+    for (const char* ink : kInks) {
         const SImage amounts = ReadImage(Path(std::string("ink-") + ink + ".png"));
         const SImage inverted = ReadImage(Path(std::string("inv-") + ink + ".png"));
         const SImage wide = ReadImage(Path(std::string("inv16-") + ink + ".tif"));
@@ -166,8 +168,10 @@ TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
     const std::string tificc = FindTool("tificc");
     if (tificc.empty()) GTEST_SKIP() << "tificc (liblcms2-utils) is not installed";
     const std::string profile = Profile("ISO Coated (FOGRA39).icc");
-    Run({"chart", "--width", "300", "--height", "200", Path("chart.tif")});
+    // Tall enough that the separation streams it in more than one band.
+    Run({"chart", "--width", "3000", "--height", "1000", Path("chart.tif")});
     Run({"separate", "--packed", "--cmyk", profile, Path("chart.tif"), Path("packed.tif")});
+    Run({"separate", "--cmyk", profile, Path("chart.tif"), Path("ink.tif")});
     // The working space the chart is in, as the module wrote it.
     const std::string working = env_.ColorDir() + "/sRGB Color Space Profile.icm";
     ASSERT_TRUE(fs::exists(working));
@@ -181,6 +185,14 @@ TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
     EXPECT_EQ(ours.iccProfile, tesk::test::ReadBytes(profile));
     EXPECT_LE(MaxSampleDifference(ours.pixels, reference.pixels), 1);
     EXPECT_GE(MaxSampleDifference(ours.pixels, reference.pixels), 0);
+    // The plates, banded on their own path, hold the packed image's channels.
+    for (int ink = 0; ink < 4; ++ink) {
+        const SImage plate = ReadImage(Path(std::string("ink-") + kInks[ink] + ".tif"));
+        ASSERT_EQ(plate.pixels.GetHeight(), 1000);
+        for (int y = 0; y < 1000; ++y)
+            for (int x = 0; x < 3000; ++x)
+                ASSERT_EQ(plate.pixels.GetRow(y)[x], ours.pixels.GetRow(y)[4 * x + ink]) << kInks[ink] << " " << x << "," << y;
+    }
 }
 
 TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {

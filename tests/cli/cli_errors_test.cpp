@@ -1,6 +1,7 @@
 // The program's contract with scripts: help on every command, one-line
 // errors with distinct exit codes, and no output left behind by a failure.
 #include <gtest/gtest.h>
+#include <tiffio.h>
 
 #include <filesystem>
 
@@ -81,6 +82,53 @@ TEST_F(CliErrors, TruncatedImageIsExitFourAndLeavesNoOutput) {
         EXPECT_EQ(FilesIn(env_.Root()), 1u) << extension;  // the damaged input alone
         fs::remove(input);
     }
+}
+
+// Deflate strips of 16 rows, the last one overwritten: the damage is met
+// only after the separation has written whole bands of every output.
+void WriteTiffDamagedAtTheEnd(const std::string& path, int width, int height) {
+    TIFF* tif = TIFFOpen(path.c_str(), "w");
+    ASSERT_NE(tif, nullptr);
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(width));
+    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(height));
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, uint16_t(8));
+    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, uint16_t(3));
+    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE);
+    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(16));
+    std::vector<uint8_t> row(size_t(width) * 3);
+    for (int y = 0; y < height; ++y) {
+        for (size_t i = 0; i < row.size(); ++i) row[i] = uint8_t(i + 3 * y);
+        ASSERT_GE(TIFFWriteScanline(tif, row.data(), uint32_t(y), 0), 0);
+    }
+    TIFFClose(tif);
+
+    tif = TIFFOpen(path.c_str(), "r");
+    ASSERT_NE(tif, nullptr);
+    uint64_t* offsets = nullptr;
+    uint64_t* counts = nullptr;
+    ASSERT_TRUE(TIFFGetField(tif, TIFFTAG_STRIPOFFSETS, &offsets) && TIFFGetField(tif, TIFFTAG_STRIPBYTECOUNTS, &counts));
+    const uint32_t last = TIFFNumberOfStrips(tif) - 1;
+    const size_t begin = size_t(offsets[last]), end = begin + size_t(counts[last]);
+    TIFFClose(tif);
+    std::vector<uint8_t> bytes = tesk::test::ReadBytes(path);
+    ASSERT_LE(end, bytes.size());
+    std::fill(bytes.begin() + std::ptrdiff_t(begin), bytes.begin() + std::ptrdiff_t(end), uint8_t(0xFF));
+    tesk::test::WriteBytes(path, bytes);
+}
+
+TEST_F(CliErrors, DamageMetAfterTheFirstBandStillLeavesNoOutput) {
+    const std::string input = Path("late.tif");
+    WriteTiffDamagedAtTheEnd(input, 2000, 1500);
+    for (const auto& args : std::vector<std::vector<std::string>>{{"separate", "--packed", input, Path("packed.tif")},
+                                                                 {"separate", input, Path("plates.tif")}}) {
+        const SRun run = RunTeskcolor(args);
+        EXPECT_EQ(run.code, 4) << run.err;
+        ExpectOneLine(run);
+        EXPECT_NE(run.err.find("at row 14"), std::string::npos) << run.err;
+    }
+    EXPECT_EQ(FilesIn(env_.Root()), 1u);
 }
 
 TEST_F(CliErrors, UnsupportedPixelFormatIsExitFive) {
