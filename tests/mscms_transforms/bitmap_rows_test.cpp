@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 #include <cstdlib>
 #include <vector>
 
@@ -160,6 +162,45 @@ TEST_F(BitmapRows, OneLongRowSplitBetweenThreadsGivesTheSameBytes) {
     setenv("TESK_TRANSLATE_THREADS", "2", 1);
     ASSERT_TRUE(TranslatePacked(same, inPlace.data(), BM_RGBTRIPLETS, width, 1, inPlace.data(), BM_RGBTRIPLETS));
     EXPECT_TRUE(inPlace == single);
+}
+
+// Rows one call at a time from two callers at once, on a machine kept busy:
+// pool threads often arrive late or not at all, and every piece of every row
+// must still be done exactly once and before the call returns.
+TEST_F(BitmapRows, RowByRowFromTwoCallersOnABusyMachine) {
+    Transform transform = MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC});
+    ASSERT_TRUE(transform);
+    const DWORD width = 3001, rows = 300;
+    const Bytes in = NoiseBytes(size_t{width} * 3 * rows, 11);
+    const Bytes reference = LcmsReference(srgb_, fogra_, TYPE_BGR_8, TYPE_CMYK_8, INTENT_RELATIVE_COLORIMETRIC,
+                                          cmsFLAGS_HIGHRESPRECALC, in, size_t{width} * rows);
+    setenv("TESK_TRANSLATE_THREADS", "2", 1);
+    std::atomic<bool> stop{false};
+    auto spin = [&] {
+        while (!stop.load(std::memory_order_relaxed)) {
+        }
+    };
+    std::thread busy(spin), busier(spin);
+    auto translateRows = [&](DWORD first, Bytes& out) {
+        for (DWORD y = first; y < rows; y += 2)
+            if (!TranslatePacked(transform, in.data() + size_t{y} * width * 3, BM_RGBTRIPLETS, width, 1,
+                                 out.data() + size_t{y} * width * 4, BM_KYMCQUADS))
+                return;
+    };
+    Bytes even(reference.size()), odd(reference.size());
+    std::thread second([&] { translateRows(1, odd); });
+    translateRows(0, even);
+    second.join();
+    stop = true;
+    busy.join();
+    busier.join();
+    for (DWORD y = 0; y < rows; ++y) {
+        const Bytes& out = y % 2 ? odd : even;
+        const size_t begin = size_t{y} * width * 4, end = begin + size_t{width} * 4;
+        ASSERT_TRUE(std::equal(out.begin() + std::ptrdiff_t(begin), out.begin() + std::ptrdiff_t(end),
+                               reference.begin() + std::ptrdiff_t(begin)))
+            << "row " << y;
+    }
 }
 
 TEST_F(BitmapRows, SixteenBitImagesMatchLcms2) {
