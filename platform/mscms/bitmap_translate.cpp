@@ -79,9 +79,8 @@ public:
 
     // Rows [first, first + count) on the pool's threads, in small pieces that
     // each thread takes as it comes free: by rows when there are enough of
-    // them, else by columns. Taking pieces rather than fixed halves keeps a
-    // thread that arrives late (the caller, busy between rows) from holding
-    // the others up. Every pixel is computed the same way whatever the split,
+    // them, else by columns. With pieces rather than fixed shares, no thread
+    // waits long for one that started late or was descheduled. Every pixel is computed the same way whatever the split,
     // so the result does not depend on the thread count.
     void Run(DWORD first, DWORD count) {
         if (threads_ > 1 && splitRows_ && count >= threads_) {
