@@ -53,33 +53,31 @@ TEST(ToneCurves, TagKindsAreDecodedAndOthersRefused) {
 }
 
 TEST(ToneCurves, ComparisonOnlyDecidesBetweenSingleCurveProfiles) {
-    const Bytes g22 = CurvGamma(0x0233), g18 = CurvGamma(0x01CD);
-    // One profile with different red and green curves: always "the same".
-    EXPECT_TRUE(Same(WithCurves(g22, g18, g22), MatrixDisplay(g18)));
-    EXPECT_TRUE(Same(MatrixDisplay(g18), WithCurves(g22, g18, g22)));
-    EXPECT_TRUE(Same(MatrixDisplay(g22), MatrixDisplay(g22)));
-    EXPECT_FALSE(Same(MatrixDisplay(g22), MatrixDisplay(g18)));
-    // Two identity curves are deliberately not a match.
-    EXPECT_FALSE(Same(MatrixDisplay(CurvIdentity()), MatrixDisplay(CurvIdentity())));
-
-    const Bytes sampled = CurvSampled(PowerCurve(256, 2.2));
+    const Bytes g22 = CurvGamma(0x0233), g18 = CurvGamma(0x01CD), g10 = CurvGamma(0x0100);
+    const Bytes sampled = CurvSampled(PowerCurve(256, 2.2)), para22 = Para(0, {2.2});
     auto changedEntries = PowerCurve(256, 2.2);
     changedEntries[128] ^= 1;
-    EXPECT_TRUE(Same(MatrixDisplay(sampled), MatrixDisplay(sampled)));
-    EXPECT_FALSE(Same(MatrixDisplay(sampled), MatrixDisplay(CurvSampled(changedEntries))));
-    EXPECT_FALSE(Same(MatrixDisplay(sampled), MatrixDisplay(CurvSampled(PowerCurve(1024, 2.2)))));
-    // Channels of different lengths count as one curve.
-    EXPECT_FALSE(Same(WithCurves(sampled, sampled, CurvSampled(PowerCurve(16, 2.2))), MatrixDisplay(g22)));
-}
-
-TEST(ToneCurves, ParametricCurvesCompareByTheirReadValues) {
-    const Bytes para22 = Para(0, {2.2}), para18 = Para(0, {1.8}), type3 = Para(3, {2.4, 0.9, 0.1, 0.07, 0.04});
-    // Type-0 curves all read as g = 1.0, whatever their exponent.
-    EXPECT_TRUE(Same(MatrixDisplay(para22), MatrixDisplay(para18)));
-    EXPECT_FALSE(Same(MatrixDisplay(para22), MatrixDisplay(CurvGamma(0x0100))));
-    EXPECT_FALSE(Same(MatrixDisplay(CurvGamma(0x0100)), MatrixDisplay(para22)));
-    // A parametric curve of another type is not one curve for all channels.
-    EXPECT_TRUE(Same(MatrixDisplay(type3), MatrixDisplay(CurvGamma(0x0100))));
+    const std::tuple<ProfileBuilder, ProfileBuilder, bool> cases[] = {
+        // A profile with different red and green curves is always "the same".
+        {WithCurves(g22, g18, g22), MatrixDisplay(g18), true},
+        {MatrixDisplay(g18), WithCurves(g22, g18, g22), true},
+        {MatrixDisplay(g22), MatrixDisplay(g22), true},
+        {MatrixDisplay(g22), MatrixDisplay(g18), false},
+        {MatrixDisplay(CurvIdentity()), MatrixDisplay(CurvIdentity()), false},  // deliberately no match
+        {MatrixDisplay(sampled), MatrixDisplay(sampled), true},
+        {MatrixDisplay(sampled), MatrixDisplay(CurvSampled(changedEntries)), false},
+        {MatrixDisplay(sampled), MatrixDisplay(CurvSampled(PowerCurve(1024, 2.2))), false},
+        // Channels of different lengths count as one curve.
+        {WithCurves(sampled, sampled, CurvSampled(PowerCurve(16, 2.2))), MatrixDisplay(g22), false},
+        // Type-0 parametric curves all read as g = 1.0, whatever their exponent.
+        {MatrixDisplay(para22), MatrixDisplay(Para(0, {1.8})), true},
+        {MatrixDisplay(para22), MatrixDisplay(g10), false},
+        {MatrixDisplay(g10), MatrixDisplay(para22), false},
+        // A parametric curve of another type is not one curve for all channels.
+        {MatrixDisplay(Para(3, {2.4, 0.9, 0.1, 0.07, 0.04})), MatrixDisplay(g10), true},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(Same(std::get<0>(cases[i]), std::get<1>(cases[i])), std::get<2>(cases[i])) << "case " << i;
 }
 
 TEST(ToneCurves, MissingCurvesCountAsTheSame) {
