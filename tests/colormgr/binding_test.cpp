@@ -14,41 +14,23 @@ using Access = CColorManagerTestAccess;
 
 namespace {
 
-struct ModuleEvent {
-    std::string call;
-    std::wstring module;
-    bool ok;
-};
-
-std::vector<ModuleEvent>& Events() {
-    static std::vector<ModuleEvent> events;
-    return events;
-}
-
-std::wstring Upper(std::wstring text) {
-    for (wchar_t& c : text) c = static_cast<wchar_t>(towupper(c));
-    return text;
-}
-
 // Loads and frees of the three colour libraries only (the profile classes
 // and device lookups load others).
-std::vector<std::string> ColourLibraryEvents() {
-    std::vector<std::string> seen;
-    for (const ModuleEvent& e : Events()) {
-        std::wstring name = Upper(e.module);
-        if (name == L"ICMUI.DLL" || name == L"MSCMS.DLL" || name == L"GDI32.DLL")
-            seen.push_back(e.call + " " + tesk::path::Utf8(name) + (e.ok ? "" : " failed"));
-    }
-    return seen;
+std::vector<std::string>& ColourLibraryEvents() {
+    static std::vector<std::string> events;
+    return events;
 }
 
 class BindingTest : public ManagerTest {
 protected:
     void SetUp() override {
         ManagerTest::SetUp();
-        Events().clear();
+        ColourLibraryEvents().clear();
         tesk::loader::SetObserver([](const char* call, const std::wstring& module, bool ok) {
-            Events().push_back({call, module, ok});
+            std::wstring name = module;
+            for (wchar_t& c : name) c = static_cast<wchar_t>(towupper(c));
+            if (name == L"ICMUI.DLL" || name == L"MSCMS.DLL" || name == L"GDI32.DLL")
+                ColourLibraryEvents().push_back(std::string(call) + " " + tesk::path::Utf8(name) + (ok ? "" : " failed"));
         });
     }
 };
@@ -67,6 +49,7 @@ std::vector<std::string> Bound(CColorManager& manager) {
     std::vector<std::string> names;
     for (size_t i = 0; i < flags.size(); ++i)
         if (flags[i]) names.push_back(kDeclared[i]);
+    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -83,7 +66,7 @@ TEST_F(BindingTest, AllLibrariesAndExportsBindAndAreFreedInOrder) {
     EXPECT_TRUE(manager->IsLoaded());
     EXPECT_EQ(Bound(*manager).size(), 21u);
 
-    Events().clear();
+    ColourLibraryEvents().clear();
     CColorManager::Delete(manager);
     EXPECT_EQ(ColourLibraryEvents(), (std::vector<std::string>{"free ICMUI.DLL", "free MSCMS.DLL", "free GDI32.DLL"}));
 }
@@ -101,46 +84,45 @@ TEST_F(BindingTest, MissingIcmuiLoadsNothingElseAndFreesNothing) {
     EXPECT_FALSE(manager->IsLoaded());
     EXPECT_TRUE(Bound(*manager).empty());
 
-    Events().clear();
+    ColourLibraryEvents().clear();
     CColorManager::Delete(manager);
     EXPECT_TRUE(ColourLibraryEvents().empty());
 }
 
-TEST_F(BindingTest, MissingSetupColorMatchingKeepsTheSixBoundBeforeIt) {
-    tesk::loader::Substitute icmui;
-    icmui.hidden.insert("SetupColorMatchingW");
-    tesk::loader::SetSubstitute(L"ICMUI.DLL", icmui);
-
-    CColorManager* manager = new CColorManager();
-    manager->InitAppService(nullptr, nullptr);
-    EXPECT_FALSE(manager->IsLoaded());
-    std::vector<std::string> bound = Bound(*manager);
-    std::sort(bound.begin(), bound.end());
-    std::vector<std::string> expected = {"GetStandardColorSpaceProfileW", "SetStandardColorSpaceProfileW",
-                                         "AssociateColorProfileWithDeviceW", "DisassociateColorProfileFromDeviceW",
-                                         "InstallColorProfileW", "UninstallColorProfileW"};
-    std::sort(expected.begin(), expected.end());
-    EXPECT_EQ(bound, expected);
-    // Nothing unbound may be relied on: start-up built no transform and the
-    // destructor has no deletion function.
-    EXPECT_EQ(Access::ImageTransform(*manager), nullptr);
-    CColorManager::Delete(manager);
-}
-
-TEST_F(BindingTest, MissingEnumICMProfilesLeavesEverythingElseBound) {
-    tesk::loader::Substitute gdi;
-    gdi.hidden.insert("EnumICMProfilesW");
-    tesk::loader::SetSubstitute(L"GDI32.DLL", gdi);
-
-    CColorManager* manager = new CColorManager();
-    manager->InitAppService(nullptr, nullptr);
-    EXPECT_FALSE(manager->IsLoaded());
-    std::vector<std::string> bound = Bound(*manager);
-    EXPECT_EQ(bound.size(), 20u);
-    EXPECT_EQ(std::find(bound.begin(), bound.end(), "EnumICMProfilesW"), bound.end());
-    // Unloaded: the monitors were not enumerated.
-    EXPECT_EQ(Access::MonitorID(*manager), L"<null>");
-    CColorManager::Delete(manager);
+// Binding stops at the first missing export: what was bound before it stays.
+TEST_F(BindingTest, AMissingExportUnloadsAndKeepsWhatWasBoundBeforeIt) {
+    std::vector<std::string> allButEnum = kDeclared;
+    allButEnum.pop_back();
+    std::sort(allButEnum.begin(), allButEnum.end());
+    const struct {
+        const wchar_t* module;
+        const char* hidden;
+        std::vector<std::string> bound;  // sorted
+        bool transformBound;  // the transform functions come before the missing one
+    } cases[] = {{L"ICMUI.DLL", "SetupColorMatchingW",
+                  {"AssociateColorProfileWithDeviceW", "DisassociateColorProfileFromDeviceW",
+                   "GetStandardColorSpaceProfileW", "InstallColorProfileW", "SetStandardColorSpaceProfileW",
+                   "UninstallColorProfileW"},
+                  false},
+                 {L"GDI32.DLL", "EnumICMProfilesW", allButEnum, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.hidden);
+        tesk::loader::Substitute substitute;
+        substitute.hidden.insert(c.hidden);
+        tesk::loader::SetSubstitute(c.module, substitute);
+        CColorManager* manager = new CColorManager();
+        manager->InitAppService(nullptr, nullptr);
+        EXPECT_FALSE(manager->IsLoaded());
+        EXPECT_EQ(Bound(*manager), c.bound);
+        // Nothing unbound may be relied on: the monitors were not enumerated, and
+        // without the transform functions start-up built no transform to delete.
+        EXPECT_EQ(Access::MonitorID(*manager), L"<null>");
+        if (!c.transformBound) {
+            EXPECT_EQ(Access::ImageTransform(*manager), nullptr);
+        }
+        CColorManager::Delete(manager);
+        tesk::loader::ClearSubstitutes();
+    }
 }
 
 TEST_F(BindingTest, InstanceRegistersStartsAndLendsItsColorSpec) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <type_traits>
 
 #include "host/SettingsStore.h"
 #include "host/SingletonManager.h"
@@ -113,22 +114,27 @@ FARPROC AsProc(Function function) {
     return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
 }
 
-IVSettingsGroup* OpenStoredGroup(int group, IVSettingsStore*& store) {
-    store = CreateFileSettingsStore();
+// Runs `use` on a group of a fresh store reading the settings file.
+template <typename Use>
+bool WithStoredGroup(int group, Use use) {
+    IVSettingsStore* store = CreateFileSettingsStore();
     IVSettingsGroup* opened = nullptr;
     if (IVError* error = store->Prepare()) error->Release();
     if (IVError* error = store->OpenGroup(group, &opened)) error->Release();
-    return opened;
-}
-
-template <typename Read>
-bool ReadStored(int group, Read read) {
-    IVSettingsStore* store = nullptr;
-    IVSettingsGroup* opened = OpenStoredGroup(group, store);
-    bool result = opened && read(opened);
+    bool result = opened && use(opened);
     if (opened) opened->Release();
     store->Release();
     return result;
+}
+
+template <typename Writer, typename Value>
+bool Write(IVSettingsGroup* group, int id, Value value) {
+    Writer* writer = nullptr;
+    const GUID& iid = std::is_same_v<Writer, IVSettingsIntWriter> ? IID_IVSettingsIntWriter : IID_IVSettingsTextWriter;
+    if (group->QueryInterface(iid, reinterpret_cast<void**>(&writer)) != S_OK) return false;
+    if (IVError* error = writer->Write(id, value, 0)) error->Release();
+    writer->Release();
+    return true;
 }
 
 }  // namespace
@@ -197,32 +203,25 @@ std::vector<uint16_t> TestRamp(size_t entries, uint16_t offset) {
     return ramp;
 }
 
-std::vector<uint16_t> DisplayRamp() {
-    auto createDC = Real<decltype(&CreateDCW)>(L"GDI32.DLL", "CreateDCW");
-    auto deleteDC = Real<decltype(&DeleteDC)>(L"GDI32.DLL", "DeleteDC");
-    auto getRamp = Real<decltype(&GetDeviceGammaRamp)>(L"GDI32.DLL", "GetDeviceGammaRamp");
-    std::vector<uint16_t> ramp(768, 0);
-    HDC dc = createDC(L"DISPLAY", nullptr, nullptr, nullptr);
-    EXPECT_TRUE(dc && getRamp(dc, ramp.data()));
-    if (dc) deleteDC(dc);
-    return ramp;
-}
-
-void SetDisplayRamp(const std::vector<uint16_t>& ramp) {
-    auto createDC = Real<decltype(&CreateDCW)>(L"GDI32.DLL", "CreateDCW");
-    auto deleteDC = Real<decltype(&DeleteDC)>(L"GDI32.DLL", "DeleteDC");
-    auto setRamp = Real<decltype(&SetDeviceGammaRamp)>(L"GDI32.DLL", "SetDeviceGammaRamp");
-    std::vector<uint16_t> copy = ramp;
-    HDC dc = createDC(L"DISPLAY", nullptr, nullptr, nullptr);
-    ASSERT_TRUE(dc && setRamp(dc, copy.data()));
-    deleteDC(dc);
-}
-
 HDC GdiCreateDC(const wchar_t* driver, const wchar_t* device) {
     return Real<decltype(&CreateDCW)>(L"GDI32.DLL", "CreateDCW")(driver, device, nullptr, nullptr);
 }
 
 void GdiDeleteDC(HDC dc) { Real<decltype(&DeleteDC)>(L"GDI32.DLL", "DeleteDC")(dc); }
+
+std::vector<uint16_t> DisplayRamp() {
+    std::vector<uint16_t> ramp(768, 0);
+    HDC dc = GdiCreateDC(L"DISPLAY", nullptr);
+    EXPECT_TRUE(dc && Real<decltype(&GetDeviceGammaRamp)>(L"GDI32.DLL", "GetDeviceGammaRamp")(dc, ramp.data()));
+    GdiDeleteDC(dc);
+    return ramp;
+}
+
+void SetDisplayRamp(std::vector<uint16_t> ramp) {
+    HDC dc = GdiCreateDC(L"DISPLAY", nullptr);
+    EXPECT_TRUE(dc && Real<decltype(&SetDeviceGammaRamp)>(L"GDI32.DLL", "SetDeviceGammaRamp")(dc, ramp.data()));
+    GdiDeleteDC(dc);
+}
 
 int GdiICMMode(HDC dc, int mode) { return Real<decltype(&SetICMMode)>(L"GDI32.DLL", "SetICMMode")(dc, mode); }
 
@@ -233,17 +232,16 @@ std::wstring GdiICMProfile(HDC dc) {
     return path;
 }
 
-bool GdiSetICMProfile(HDC dc, const std::wstring& path) {
-    std::wstring copy = path;
-    return Real<decltype(&SetICMProfileW)>(L"GDI32.DLL", "SetICMProfileW")(dc, copy.data()) != FALSE;
+bool GdiSetICMProfile(HDC dc, std::wstring path) {
+    return Real<decltype(&SetICMProfileW)>(L"GDI32.DLL", "SetICMProfileW")(dc, path.data()) != FALSE;
 }
 
 bool StoredInt(int id, int& value) {
-    return ReadStored(169, [&](IVSettingsGroup* group) { return group->ReadInt(id, value); });
+    return WithStoredGroup(169, [&](IVSettingsGroup* group) { return group->ReadInt(id, value); });
 }
 
 bool StoredText(int id, std::wstring& value) {
-    return ReadStored(169, [&](IVSettingsGroup* group) {
+    return WithStoredGroup(169, [&](IVSettingsGroup* group) {
         CString text;
         bool ok = group->ReadText(id, text);
         value = text.Str();
@@ -252,27 +250,15 @@ bool StoredText(int id, std::wstring& value) {
 }
 
 bool StoredDouble(int id, double& value) {
-    return ReadStored(169, [&](IVSettingsGroup* group) { return group->ReadDouble(id, value); });
+    return WithStoredGroup(169, [&](IVSettingsGroup* group) { return group->ReadDouble(id, value); });
 }
 
 void StoreText(int group, int id, const std::wstring& value) {
-    ReadStored(group, [&](IVSettingsGroup* opened) {
-        IVSettingsTextWriter* writer = nullptr;
-        if (opened->QueryInterface(IID_IVSettingsTextWriter, reinterpret_cast<void**>(&writer)) != S_OK) return false;
-        if (IVError* error = writer->Write(id, value.c_str(), 0)) error->Release();
-        writer->Release();
-        return true;
-    });
+    WithStoredGroup(group, [&](IVSettingsGroup* opened) { return Write<IVSettingsTextWriter>(opened, id, value.c_str()); });
 }
 
 void StoreInt(int group, int id, int value) {
-    ReadStored(group, [&](IVSettingsGroup* opened) {
-        IVSettingsIntWriter* writer = nullptr;
-        if (opened->QueryInterface(IID_IVSettingsIntWriter, reinterpret_cast<void**>(&writer)) != S_OK) return false;
-        if (IVError* error = writer->Write(id, value, 0)) error->Release();
-        writer->Release();
-        return true;
-    });
+    WithStoredGroup(group, [&](IVSettingsGroup* opened) { return Write<IVSettingsIntWriter>(opened, id, value); });
 }
 
 std::vector<RecordedCall>& CallLog() {

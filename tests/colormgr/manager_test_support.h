@@ -76,13 +76,13 @@ void WriteRgbProfile(const std::string& path, double gamma, const std::vector<ui
 std::vector<uint16_t> TestRamp(size_t entries, uint16_t offset);
 // The virtual display's gamma ramp.
 std::vector<uint16_t> DisplayRamp();
-void SetDisplayRamp(const std::vector<uint16_t>& ramp);
+void SetDisplayRamp(std::vector<uint16_t> ramp);
 // GDI32 calls made by the test itself (through the real module).
 HDC GdiCreateDC(const wchar_t* driver, const wchar_t* device);
 void GdiDeleteDC(HDC dc);
 int GdiICMMode(HDC dc, int mode);
 std::wstring GdiICMProfile(HDC dc);
-bool GdiSetICMProfile(HDC dc, const std::wstring& path);
+bool GdiSetICMProfile(HDC dc, std::wstring path);
 // Values of group 169 as a fresh store reads them from the settings file.
 bool StoredInt(int id, int& value);
 bool StoredText(int id, std::wstring& value);

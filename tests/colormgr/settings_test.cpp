@@ -67,46 +67,39 @@ TEST_F(SettingsTest, EverySetterPersistsItsEntry) {
     manager.SetColorWorkingSpace(working);
     manager.SetCMYKProfile(cmyk);
     manager.SetMonitorProfile(monitor);
-
-    int value = -1;
-    std::wstring text;
-    EXPECT_TRUE(StoredInt(182, value));
-    EXPECT_EQ(value, 2);
-    EXPECT_TRUE(StoredText(175, text));
-    EXPECT_EQ(text, L"Working.icc");
-    EXPECT_TRUE(StoredText(176, text));
-    EXPECT_EQ(text, L"Press.icc");
-    EXPECT_TRUE(StoredText(172, text));
-    EXPECT_EQ(text, L"Screen.icc");
+    auto expectInts = [](std::initializer_list<std::pair<int, int>> rows) {
+        for (auto [id, expected] : rows) {
+            int value = -1;
+            EXPECT_TRUE(StoredInt(id, value)) << id;
+            EXPECT_EQ(value, expected) << id;
+        }
+    };
+    auto expectTexts = [](std::initializer_list<std::pair<int, std::wstring>> rows) {
+        for (const auto& [id, expected] : rows) {
+            std::wstring text;
+            EXPECT_TRUE(StoredText(id, text)) << id;
+            EXPECT_EQ(text, expected) << id;
+        }
+    };
+    expectInts({{182, 2}});
+    expectTexts({{175, L"Working.icc"}, {176, L"Press.icc"}, {172, L"Screen.icc"}});
 
     // SetMode keeps the mode in memory only.
     manager.SetMode(VCM_MODE_TABLES);
     EXPECT_EQ(manager.GetMode(), VCM_MODE_TABLES);
+    int value = -1;
     EXPECT_FALSE(StoredInt(170, value) && value == 2);
 
     wchar_t printer[] = L"Printer.icc", proof[] = L"Proof.icc", same[] = L"Screen.icc";
     manager.UpdateSettings(true, true, same, printer, proof, 2, 1);
-    EXPECT_TRUE(StoredInt(170, value));
-    EXPECT_EQ(value, 1);
-    EXPECT_TRUE(StoredInt(171, value));
-    EXPECT_EQ(value, 1);
-    EXPECT_TRUE(StoredInt(177, value));
-    EXPECT_EQ(value, 2);
-    EXPECT_TRUE(StoredInt(178, value));
-    EXPECT_EQ(value, 1);
-    EXPECT_TRUE(StoredText(173, text));
-    EXPECT_EQ(text, L"Printer.icc");
-    EXPECT_TRUE(StoredText(174, text));
-    EXPECT_EQ(text, L"Proof.icc");
-
+    expectInts({{170, 1}, {171, 1}, {177, 2}, {178, 1}});
+    expectTexts({{173, L"Printer.icc"}, {174, L"Proof.icc"}});
     manager.UpdateSettings(1.2, 1.4, 1.8);
-    double gamma = 0;
-    EXPECT_TRUE(StoredDouble(181, gamma));
-    EXPECT_EQ(gamma, 1.2);
-    EXPECT_TRUE(StoredDouble(180, gamma));
-    EXPECT_EQ(gamma, 1.4);
-    EXPECT_TRUE(StoredDouble(179, gamma));
-    EXPECT_EQ(gamma, 1.8);
+    for (auto [id, expected] : {std::pair{181, 1.2}, {180, 1.4}, {179, 1.8}}) {
+        double gamma = 0;
+        EXPECT_TRUE(StoredDouble(id, gamma)) << id;
+        EXPECT_EQ(gamma, expected) << id;
+    }
 
     // A fresh process starts from all of it.
     int failures = InFreshProcess([](CColorManager& fresh) {
@@ -217,10 +210,8 @@ TEST_F(SettingsTest, DialogCommitWithoutProfilesTurnsOffOrUsesTables) {
 
 TEST_F(SettingsTest, IntentMappingAndQFXProfile) {
     CColorManager& manager = Manager();
-    EXPECT_EQ(manager.GetLCSIntent(0u), static_cast<DWORD>(LCS_GM_IMAGES));
-    EXPECT_EQ(manager.GetLCSIntent(1u), static_cast<DWORD>(LCS_GM_GRAPHICS));
-    EXPECT_EQ(manager.GetLCSIntent(2u), static_cast<DWORD>(LCS_GM_BUSINESS));
-    EXPECT_EQ(manager.GetLCSIntent(3u), static_cast<DWORD>(LCS_GM_ABS_COLORIMETRIC));
+    const DWORD lcs[] = {LCS_GM_IMAGES, LCS_GM_GRAPHICS, LCS_GM_BUSINESS, LCS_GM_ABS_COLORIMETRIC};
+    for (DWORD intent = 0; intent < 4; ++intent) EXPECT_EQ(manager.GetLCSIntent(intent), lcs[intent]) << intent;
     EXPECT_EQ(manager.GetLCSIntent(7u), static_cast<DWORD>(LCS_GM_IMAGES));
 
     BYTE bytes[] = {1, 2, 3, 4, 5};

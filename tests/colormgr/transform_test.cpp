@@ -34,12 +34,7 @@ protected:
     }
     static size_t OpensOf(const std::wstring& fileName) {
         size_t count = 0;
-        for (const RecordedCall& call : CallsNamed("OpenColorProfileW")) {
-            const std::wstring& path = call.texts[0];
-            if (path.size() >= fileName.size() && path.compare(path.size() - fileName.size(), fileName.size(),
-                                                               fileName) == 0)
-                ++count;
-        }
+        for (const RecordedCall& call : CallsNamed("OpenColorProfileW")) count += call.texts[0].ends_with(fileName);
         return count;
     }
 };
