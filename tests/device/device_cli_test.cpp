@@ -100,19 +100,6 @@ protected:
         ::unsetenv("XDG_CACHE_HOME");
         DeviceCommandTest::TearDown();
     }
-    std::vector<uint16_t> DisplayRamp() {
-        std::vector<uint16_t> ramp(768, 0);
-        HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-        EXPECT_TRUE(::GetDeviceGammaRamp(dc, ramp.data()));
-        ::DeleteDC(dc);
-        return ramp;
-    }
-    void SetDisplayRamp(std::vector<uint16_t> ramp) {
-        HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-        EXPECT_TRUE(::SetDeviceGammaRamp(dc, ramp.data()));
-        ::DeleteDC(dc);
-    }
-
     std::unique_ptr<tesk::test::XvfbServer> server_;
     std::thread driver_;
 };
@@ -147,21 +134,21 @@ TEST_F(DisplayCommandTest, GammaLoadSetsTheProfilesTableAndRestoreTheRampBeforeI
     ASSERT_EQ(Teskcolor("settings set monitor-profile " + Quoted(monitor)).code, 0);
     std::vector<uint16_t> identity(768);
     for (size_t i = 0; i < 768; ++i) identity[i] = uint16_t((i % 256) * 257);
-    SetDisplayRamp(identity);
+    colormgr_test::SetDisplayRamp(identity);
 
     const std::vector<uint16_t> table = colormgr_test::TestRamp(256, 1000);
     const std::string calibrated = env_.Root() + "/calibrated.icc";
     colormgr_test::WriteRgbProfile(calibrated, 2.2, table);
     SRun load = Teskcolor("gamma load " + Quoted(calibrated));
     ASSERT_EQ(load.code, 0) << load.output;
-    ExpectRampNear(DisplayRamp(), table);
+    ExpectRampNear(colormgr_test::DisplayRamp(), table);
     // A second load keeps the ramp from before the first for restore.
     colormgr_test::WriteRgbProfile(calibrated, 2.2, colormgr_test::TestRamp(256, 3000));
     ASSERT_EQ(Teskcolor("gamma load " + Quoted(calibrated)).code, 0);
 
     SRun restore = Teskcolor("gamma restore");
     ASSERT_EQ(restore.code, 0) << restore.output;
-    ExpectRampNear(DisplayRamp(), identity);
+    ExpectRampNear(colormgr_test::DisplayRamp(), identity);
     EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "a ramp is restored once";
 
     // A table of 16 entries a channel is interpolated to the ramp's 256.
@@ -170,7 +157,7 @@ TEST_F(DisplayCommandTest, GammaLoadSetsTheProfilesTableAndRestoreTheRampBeforeI
         for (int i = 0; i < 16; ++i) coarse.push_back(uint16_t(i * 4369));
     colormgr_test::WriteRgbProfile(calibrated, 2.2, coarse);
     ASSERT_EQ(Teskcolor("gamma load " + Quoted(calibrated)).code, 0);
-    ExpectRampNear(DisplayRamp(), identity);
+    ExpectRampNear(colormgr_test::DisplayRamp(), identity);
 
     const std::string plain = env_.Root() + "/plain.icc";
     colormgr_test::WriteRgbProfile(plain, 2.2);
@@ -183,7 +170,7 @@ TEST_F(DisplayCommandTest, AVcgtThatEndsAtItsTagsEndLoadsWhole) {
     const std::string bluish = "/usr/share/color/icc/colord/Bluish.icc";
     if (!fs::exists(bluish)) GTEST_SKIP() << "colord-data is not installed";
     ASSERT_EQ(Teskcolor("gamma load " + bluish).code, 0);
-    const std::vector<uint16_t> ramp = DisplayRamp();
+    const std::vector<uint16_t> ramp = colormgr_test::DisplayRamp();
     EXPECT_NEAR(ramp[767], 65279, 1) << "the table's last value is read, not taken as zero";
     EXPECT_NEAR(ramp[255], 45695, 1);
 }
@@ -222,30 +209,11 @@ TEST_F(DisplayCommandTest, ViewShowsTheImageThroughTheDisplayTransform) {
 }
 
 TEST_F(DisplayCommandTest, SetupSavesWhatTheDialogAccepts) {
-    if (std::system("command -v xdotool >/dev/null 2>&1") != 0) GTEST_SKIP() << "xdotool is not available";
-    auto drive = [](const std::string& keys) {
-        return std::thread([keys] {
-            const std::string find =
-                "timeout 20 xdotool search --sync --onlyvisible --name 'Colour Management' | head -1";
-            std::string window;
-            if (FILE* pipe = popen(find.c_str(), "r")) {
-                char buffer[64] = {};
-                if (fgets(buffer, sizeof buffer, pipe)) window = buffer;
-                pclose(pipe);
-            }
-            while (!window.empty() && (window.back() == '\n')) window.pop_back();
-            if (window.empty()) return;
-            std::system(("xdotool windowfocus --sync " + window + " >/dev/null 2>&1").c_str());
-            std::system(("xdotool key --delay 100 " + keys + " >/dev/null 2>&1").c_str());
-        });
-    };
-
-    // GTK, fontconfig and their kin keep process-long caches that a leak
-    // checker would report when the program ends.
+    if (!tesk::test::HasXdotool()) GTEST_SKIP() << "xdotool is not available";
     const std::string suppressions = env_.Root() + "/lsan.supp";
-    std::ofstream(suppressions) << "leak:libfontconfig.so\nleak:libgtk-3.so\nleak:libgdk-3.so\nleak:libglib-2.0.so\n"
-                                   "leak:libgobject-2.0.so\nleak:libpango\nleak:libcairo.so\n";
+    std::ofstream(suppressions) << tesk::test::kGtkLeakSuppressions;
     ::setenv("LSAN_OPTIONS", ("suppressions=" + suppressions).c_str(), 1);
+    auto drive = [](const std::string& keys) { return tesk::test::DriveWindow("Colour Management", keys); };
 
     driver_ = drive("Escape");
     SRun cancelled = Teskcolor("setup");
