@@ -168,30 +168,30 @@ TEST(ProfileCopies, CopyRebindsWithoutProfileBytesAssignmentCopiesEveryMember) {
     EXPECT_EQ(target.m_pfnSetColorProfileElementSize, original->m_pfnSetColorProfileElementSize);
 }
 
+// Which of the given functions the object bound.
+template <typename... Functions>
+std::vector<bool> Bound(Functions... functions) {
+    return {(functions != nullptr)...};
+}
+
 TEST(ProfileBinding, AMissingExportStopsTheChain) {
     tesk::loader::Substitute noDirectory;
     noDirectory.hidden = {"GetColorDirectoryW"};
     tesk::loader::SetSubstitute(L"MSCMS.DLL", noDirectory);
-    ReaderProbe reader;
-    EXPECT_NE(reader.m_pfnGetColorProfileHeader, nullptr);
-    EXPECT_EQ(reader.m_pfnGetColorDirectoryW, nullptr);
-    EXPECT_EQ(reader.m_pfnOpenColorProfileW, nullptr);
-    EXPECT_EQ(reader.m_pfnGetColorProfileFromHandle, nullptr);
-    EXPECT_EQ(reader.m_pfnCreateMultiProfileTransform, nullptr);
-    // The reader's own names are a chain of their own.
-    EXPECT_NE(reader.m_pfnGetColorProfileElement, nullptr);
+    ReaderProbe r;
+    // The reader's own names (the last) are a chain of their own.
+    EXPECT_EQ(Bound(r.m_pfnGetColorProfileHeader, r.m_pfnGetColorDirectoryW, r.m_pfnOpenColorProfileW,
+                    r.m_pfnGetColorProfileFromHandle, r.m_pfnCreateMultiProfileTransform, r.m_pfnGetColorProfileElement),
+              (std::vector<bool>{true, false, false, false, false, true}));
 
     tesk::loader::Substitute noProfileBytes;
     noProfileBytes.hidden = {"GetColorProfileFromHandle", "CreateMultiProfileTransform", "GetColorProfileElement"};
     tesk::loader::SetSubstitute(L"MSCMS.DLL", noProfileBytes);
-    ReaderProbe partial;
-    EXPECT_NE(partial.m_pfnOpenColorProfileW, nullptr);
-    EXPECT_EQ(partial.m_pfnGetColorProfileFromHandle, nullptr);
-    EXPECT_EQ(partial.m_pfnCreateMultiProfileTransform, nullptr);
-    EXPECT_EQ(partial.m_pfnDeleteColorTransform, nullptr);
-    EXPECT_EQ(partial.m_pfnGetColorProfileElement, nullptr);
-    EXPECT_EQ(partial.m_pfnCreateProfileFromLogColorSpaceW, nullptr);
-    EXPECT_EQ(partial.m_pfnSetColorProfileElement, nullptr);
+    ReaderProbe p;
+    EXPECT_EQ(Bound(p.m_pfnOpenColorProfileW, p.m_pfnGetColorProfileFromHandle, p.m_pfnCreateMultiProfileTransform,
+                    p.m_pfnDeleteColorTransform, p.m_pfnGetColorProfileElement, p.m_pfnCreateProfileFromLogColorSpaceW,
+                    p.m_pfnSetColorProfileElement),
+              (std::vector<bool>{true, false, false, false, false, false, false}));
     tesk::loader::ClearSubstitutes();
 }
 
@@ -201,9 +201,8 @@ TEST(ProfileBinding, WithoutTheDialogModuleNothingIsBound) {
     tesk::loader::SetSubstitute(L"ICMUI.DLL", missing);
     ReaderProbe reader;
     tesk::loader::ClearSubstitutes();
-    EXPECT_EQ(reader.m_pfnGetColorProfileHeader, nullptr);
-    EXPECT_EQ(reader.m_pfnCloseColorProfile, nullptr);
-    EXPECT_EQ(reader.m_pfnGetColorProfileElement, nullptr);
+    EXPECT_EQ(Bound(reader.m_pfnGetColorProfileHeader, reader.m_pfnCloseColorProfile, reader.m_pfnGetColorProfileElement),
+              std::vector<bool>(3, false));
     // Nothing bound: every query is a plain failure, not a crash.
     std::wstring name = L"x.icc";
     EXPECT_EQ(reader.OpenICCProfile(name.data()), nullptr);

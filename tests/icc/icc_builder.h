@@ -1,8 +1,10 @@
 // Byte-level ICC profiles for the reader tests: every header field and tag
 // byte under the test's control, so malformed cases can be made on purpose.
 #pragma once
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,22 +24,28 @@ inline void PutBE32(Bytes& b, size_t at, uint32_t v) {
 }
 inline uint32_t S15(double v) { return uint32_t(int32_t(std::lround(v * 65536.0))); }
 
-inline Bytes TypeHeader(uint32_t type, size_t size) {
+inline void PutWords(Bytes& b, size_t at, std::initializer_list<uint32_t> words) {
+    for (uint32_t word : words) PutBE32(b, std::exchange(at, at + 4), word);
+}
+inline void PutText(Bytes& b, size_t at, const std::string& text) {
+    std::copy(text.begin(), text.end(), b.begin() + long(at));
+}
+// A tag of `size` bytes: its type, then `words` from byte 8.
+inline Bytes TypeHeader(uint32_t type, size_t size, std::initializer_list<uint32_t> words = {}) {
     Bytes b(size, 0);
     PutBE32(b, 0, type);
+    PutWords(b, 8, words);
     return b;
 }
 
 inline Bytes CurvGamma(uint16_t u8Fixed8) {
-    Bytes b = TypeHeader('curv', 14);
-    PutBE32(b, 8, 1);
+    Bytes b = TypeHeader('curv', 14, {1});
     PutBE16(b, 12, u8Fixed8);
     return b;
 }
 inline Bytes CurvIdentity() { return TypeHeader('curv', 12); }
 inline Bytes CurvSampled(const std::vector<uint16_t>& entries) {
-    Bytes b = TypeHeader('curv', 12 + 2 * entries.size());
-    PutBE32(b, 8, uint32_t(entries.size()));
+    Bytes b = TypeHeader('curv', 12 + 2 * entries.size(), {uint32_t(entries.size())});
     for (size_t i = 0; i < entries.size(); ++i) PutBE16(b, 12 + 2 * i, entries[i]);
     return b;
 }
@@ -48,60 +56,43 @@ inline std::vector<uint16_t> PowerCurve(size_t count, double gamma) {
 }
 // ICC parameter counts per function type: 1, 3, 4, 5, 7.
 inline Bytes Para(uint16_t functionType, const std::vector<double>& params) {
-    Bytes b = TypeHeader('para', 12 + 4 * params.size());
-    PutBE16(b, 8, functionType);
+    Bytes b = TypeHeader('para', 12 + 4 * params.size(), {uint32_t(functionType) << 16});
     for (size_t i = 0; i < params.size(); ++i) PutBE32(b, 12 + 4 * i, S15(params[i]));
     return b;
 }
-inline Bytes XYZ(double x, double y, double z) {
-    Bytes b = TypeHeader('XYZ ', 20);
-    PutBE32(b, 8, S15(x));
-    PutBE32(b, 12, S15(y));
-    PutBE32(b, 16, S15(z));
-    return b;
-}
+inline Bytes XYZ(double x, double y, double z) { return TypeHeader('XYZ ', 20, {S15(x), S15(y), S15(z)}); }
 // textDescriptionType with an empty Unicode part and ScriptCode part.
 inline Bytes Desc(const std::string& ascii, uint32_t countOverride = UINT32_MAX) {
-    Bytes b = TypeHeader('desc', 12 + ascii.size() + 1 + 8 + 3 + 67);
-    PutBE32(b, 8, countOverride != UINT32_MAX ? countOverride : uint32_t(ascii.size() + 1));
-    for (size_t i = 0; i < ascii.size(); ++i) b[12 + i] = uint8_t(ascii[i]);
+    Bytes b = TypeHeader('desc', 12 + ascii.size() + 1 + 8 + 3 + 67,
+                         {countOverride != UINT32_MAX ? countOverride : uint32_t(ascii.size() + 1)});
+    PutText(b, 12, ascii);
     return b;
 }
 inline Bytes Text(const std::string& ascii) {
     Bytes b = TypeHeader('text', 8 + ascii.size() + 1);
-    for (size_t i = 0; i < ascii.size(); ++i) b[8 + i] = uint8_t(ascii[i]);
+    PutText(b, 8, ascii);
     return b;
 }
-// One record per string; `lengthDelta` is added to every record's byte length.
+// One en-US record per string; `lengthDelta` is added to every record's byte length.
 inline Bytes Mluc(const std::vector<std::u16string>& strings, int lengthDelta = 0) {
     size_t at = 16 + 12 * strings.size();
-    Bytes b = TypeHeader('mluc', at);
-    PutBE32(b, 8, uint32_t(strings.size()));
-    PutBE32(b, 12, 12);
+    Bytes b = TypeHeader('mluc', at, {uint32_t(strings.size()), 12});
     for (size_t r = 0; r < strings.size(); ++r) {
-        const size_t record = 16 + 12 * r;
-        PutBE16(b, record, 'en');
-        PutBE16(b, record + 2, 'US');
-        PutBE32(b, record + 4, uint32_t(int(2 * strings[r].size()) + lengthDelta));
-        PutBE32(b, record + 8, uint32_t(at));
-        for (char16_t unit : strings[r]) {
-            PutBE16(b, at, unit);
-            at += 2;
-        }
+        PutBE32(b, 16 + 12 * r, 'enUS');
+        PutBE32(b, 20 + 12 * r, uint32_t(int(2 * strings[r].size()) + lengthDelta));
+        PutBE32(b, 24 + 12 * r, uint32_t(at));
+        for (char16_t unit : strings[r]) PutBE16(b, std::exchange(at, at + 2), unit);
     }
     return b;
 }
 inline Bytes VcgtTable(uint16_t channels, uint16_t entries, uint16_t entrySize, const Bytes& data) {
-    Bytes b = TypeHeader('vcgt', 18 + data.size());
-    PutBE16(b, 12, channels);
-    PutBE16(b, 14, entries);
+    Bytes b = TypeHeader('vcgt', 18 + data.size(), {0, uint32_t(channels) << 16 | entries});
     PutBE16(b, 16, entrySize);
-    for (size_t i = 0; i < data.size(); ++i) b[18 + i] = data[i];
+    std::copy(data.begin(), data.end(), b.begin() + 18);
     return b;
 }
 inline Bytes VcgtFormula(const std::vector<uint32_t>& nine) {
-    Bytes b = TypeHeader('vcgt', 48);
-    PutBE32(b, 8, 1);
+    Bytes b = TypeHeader('vcgt', 48, {1});
     for (size_t i = 0; i < nine.size(); ++i) PutBE32(b, 12 + 4 * i, nine[i]);
     return b;
 }
@@ -133,19 +124,9 @@ public:
 
     Bytes Build() const {
         Bytes b(128, 0);
-        PutBE32(b, 4, 'lcms');
-        PutBE32(b, 8, version);
-        PutBE32(b, 12, profileClass);
-        PutBE32(b, 16, 'RGB ');
-        PutBE32(b, 20, 'XYZ ');
-        PutBE16(b, 24, 2026);
-        PutBE16(b, 26, 11);
-        PutBE16(b, 28, 21);
-        PutBE32(b, 36, 'acsp');
-        PutBE32(b, 68, 0xF6D6);  // D50
-        PutBE32(b, 72, 0x10000);
-        PutBE32(b, 76, 0xD32D);
-        PutBE32(b, 80, 'test');
+        // CMM, version, class, colour and connection spaces, date 2026-11-21, 'acsp'; D50 and creator.
+        PutWords(b, 4, {'lcms', version, profileClass, 'RGB ', 'XYZ ', 2026 << 16 | 11, 21 << 16, 0, 'acsp'});
+        PutWords(b, 68, {0xF6D6, 0x10000, 0xD32D, 'test'});
         PutBE32(b, 128, uint32_t(tags_.size()));
         size_t at = 132 + 12 * tags_.size();
         b.resize(at, 0);
