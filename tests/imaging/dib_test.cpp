@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "host/imaging/DibIterator.h"
 #include "host/imaging/ImagingError.h"
 #include "host/imaging/RowIteratorBands.h"
@@ -28,11 +30,9 @@ TEST(Dib, BottomUpRowsAndHeader) {
     ExpectOk(CDibIterator::Create(dib, 5, 3, VPF_RGB_8, CColorRef(1, 2, 3), nullptr, 96));
     EXPECT_EQ(dib.GetStride(), 16);
     EXPECT_EQ(dib.GetBPP(), 24);
-    const BITMAPINFOHEADER& header = dib.GetBitmapInfo()->bmiHeader;
-    EXPECT_EQ(header.biWidth, 5);
-    EXPECT_EQ(header.biHeight, 3);
-    EXPECT_EQ(header.biBitCount, 24);
-    EXPECT_EQ(header.biXPelsPerMeter, 3780);
+    const BITMAPINFOHEADER& h = dib.GetBitmapInfo()->bmiHeader;
+    EXPECT_EQ((std::vector<long>{h.biWidth, h.biHeight, h.biBitCount, h.biXPelsPerMeter}),
+              (std::vector<long>{5, 3, 24, 3780}));
 
     BYTE* row = nullptr;
     ExpectOk(dib.GetRow(0, 0, 5, 0, &row));
@@ -67,9 +67,7 @@ TEST(Dib, RealignedRowWritesBackOnRelease) {
     ExpectOk(dib.ReleaseRow(row));
     BYTE* direct = nullptr;
     ExpectOk(dib.GetRow(1, 0, 6, 0, &direct));
-    EXPECT_EQ(direct[0], 0x5A);
-    EXPECT_EQ(direct[1], 0xBC);
-    EXPECT_EQ(direct[2], 0x55);
+    EXPECT_EQ(std::vector<BYTE>(direct, direct + 3), (std::vector<BYTE>{0x5A, 0xBC, 0x55}));
     ExpectOk(dib.ReleaseRow(direct));
 
     // Where the bits already lie as asked, the row is the bitmap itself.

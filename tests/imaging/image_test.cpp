@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "host/imaging/RowIteratorBands.h"
@@ -37,12 +38,9 @@ TEST(Image, RowsArePaddedAndBoundsChecked) {
     CRowIterator image;
     ASSERT_TRUE(CRowIteratorBands::CreateRGB(image, 5, 3));
     EXPECT_EQ(image.GetPixelFormat(), VPF_RGB_8);
-    EXPECT_EQ(image.GetBytesPerRow(), 15);
-    EXPECT_EQ(image.GetStride(), 16);
+    EXPECT_EQ((std::pair{image.GetBytesPerRow(), int(image.GetStride())}), (std::pair{15, 16}));
     EXPECT_EQ(image.GetRow(2, 4) - image.GetRow(0), 2 * 16 + 12);
-    EXPECT_EQ(image.GetRow(3), nullptr);
-    EXPECT_EQ(image.GetRow(-1), nullptr);
-    EXPECT_EQ(image.GetRow(0, 5), nullptr);
+    for (BYTE* outside : {image.GetRow(3), image.GetRow(-1), image.GetRow(0, 5)}) EXPECT_EQ(outside, nullptr);
     // A fresh image without background is black.
     EXPECT_EQ(image.GetRow(2, 4)[2], 0);
 }
@@ -66,10 +64,8 @@ TEST(Image, CreateCompatibleKeepsFormatPaletteAndResolution) {
     CRowIterator source, copy;
     ASSERT_TRUE(CRowIteratorBands::Create(source, 7, 3, VPF_INDEXED_4, &palette, nullptr, 300));
     ASSERT_TRUE(CRowIteratorBands::CreateCompatible(copy, source));
-    EXPECT_EQ(copy.GetWidth(), 7);
-    EXPECT_EQ(copy.GetHeight(), 3);
-    EXPECT_EQ(copy.GetPixelFormat(), VPF_INDEXED_4);
-    EXPECT_EQ(copy.GetResolution(), 300);
+    EXPECT_EQ((std::vector<int>{copy.GetWidth(), copy.GetHeight(), copy.GetPixelFormat(), copy.GetResolution()}),
+              (std::vector<int>{7, 3, VPF_INDEXED_4, 300}));
     ASSERT_NE(copy.GetPalette(), nullptr);
     EXPECT_TRUE(*copy.GetPalette() == palette);
     EXPECT_FALSE(copy.SharesImageWith(source));
@@ -121,11 +117,8 @@ TEST(Tiles, NegativeStrideTilesRebaseOntoTheSamePixels) {
 
     STile tile;
     ASSERT_TRUE(CRowIteratorBands::GetTile(image, RECT{2, 1, 5, 4}, tile));
-    EXPECT_EQ(tile.stride, -stride);
-    EXPECT_EQ(tile.width, 3);
-    EXPECT_EQ(tile.height, 3);
-    EXPECT_EQ(tile.bits[0], 2);
-    EXPECT_EQ(tile.bits[1], 1);
+    EXPECT_EQ((std::vector<int>{int(tile.stride), tile.width, tile.height, tile.bits[0], tile.bits[1]}),
+              (std::vector<int>{-stride, 3, 3, 2, 1}));
 
     BYTE* start = tile.bits + (tile.height - 1) * tile.stride;
     const std::ptrdiff_t upward = -tile.stride;
@@ -150,8 +143,7 @@ TEST(Tiles, GetTileClipsAndRefusesEmpty) {
     ASSERT_TRUE(CRowIteratorBands::Create(image, 8, 8, VPF_RGB_16));
     STile tile;
     ASSERT_TRUE(CRowIteratorBands::GetTile(image, RECT{6, 6, 20, 20}, tile));
-    EXPECT_EQ(tile.width, 2);
-    EXPECT_EQ(tile.height, 2);
+    EXPECT_EQ((std::pair{tile.width, tile.height}), (std::pair{2, 2}));
     EXPECT_EQ(tile.bits, image.GetRow(6, 6));
     EXPECT_FALSE(CRowIteratorBands::GetTile(image, RECT{8, 0, 9, 8}, tile));
     EXPECT_EQ(tile.bits, nullptr);

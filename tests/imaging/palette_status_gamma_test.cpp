@@ -103,11 +103,8 @@ TEST(GammaCorrect, EachChannelThroughItsOwnTable) {
     const CColorRef colour(200, 100, 50, 77);
     ASSERT_TRUE(CRowIteratorBands::Create(image, 2, 2, VPF_RGBA_8, nullptr, &colour));
     ASSERT_TRUE(GammaCorrectDIBInplace(image, t.red, t.green, t.blue));
-    const BYTE* p = image.GetRow(1, 1);
-    EXPECT_EQ(p[0], 50);   // blue, identity
-    EXPECT_EQ(p[1], 50);   // green halved
-    EXPECT_EQ(p[2], 55);   // red inverted
-    EXPECT_EQ(p[3], 77);   // alpha untouched
+    // Blue through identity, green halved, red inverted, alpha untouched.
+    EXPECT_EQ(std::vector<BYTE>(image.GetRow(1, 1), image.GetRow(1, 1) + 4), (std::vector<BYTE>{50, 50, 55, 77}));
 
     ASSERT_TRUE(CRowIteratorBands::Create(image, 1, 1, VPF_GREY_ALPHA_8, nullptr, &colour));
     const BYTE grey = image.GetRow(0)[0];
@@ -129,9 +126,7 @@ TEST(GammaCorrect, SixteenBitIdentityIsExactAndEndsHold) {
     ASSERT_TRUE(GammaCorrectDIBInplace(image, half, half, half));
     WORD out[12];
     std::memcpy(out, image.GetRow(0), sizeof out);
-    EXPECT_EQ(out[7], 127 * 257);
-    EXPECT_EQ(out[0], 0);
-    EXPECT_EQ(out[3], 0);  // 257 is entry 1, which maps to 0
+    EXPECT_EQ((std::vector<WORD>{out[0], out[3], out[7]}), (std::vector<WORD>{0, 0, 127 * 257}));  // 257 is entry 1
     EXPECT_NEAR(out[4], 32767 / 2, 257);
 }
 
@@ -144,14 +139,12 @@ TEST(GammaCorrect, IndexedImagesChangeTheirPalette) {
     image.GetRow(0)[0] = 0x5A;
     ASSERT_TRUE(GammaCorrectDIBInplace(image, t.red, t.green, t.blue));
     EXPECT_EQ(image.GetRow(0)[0], 0x5A);
-    EXPECT_EQ((*image.GetPalette())[0].rgbRed, 225);
-    EXPECT_EQ((*image.GetPalette())[0].rgbGreen, 10);
-    EXPECT_EQ((*image.GetPalette())[0].rgbBlue, 10);
+    const RGBQUAD& first = (*image.GetPalette())[0];
+    EXPECT_EQ((std::vector<int>{first.rgbRed, first.rgbGreen, first.rgbBlue}), (std::vector<int>{225, 10, 10}));
     EXPECT_EQ((*image.GetPalette())[1].rgbReserved, 9);
 
     CDibIterator dib;
-    IVError* error = CDibIterator::Create(dib, 2, 1, VPF_INDEXED_8, CColorRef(), &palette);
-    ASSERT_EQ(error, nullptr);
+    ASSERT_EQ(CDibIterator::Create(dib, 2, 1, VPF_INDEXED_8, CColorRef(), &palette), nullptr);
     ASSERT_TRUE(GammaCorrectDIBInplace(dib, t.red, t.green, t.blue));
     EXPECT_EQ(dib.GetBitmapInfo()->bmiColors[1].rgbRed, 255);
 
