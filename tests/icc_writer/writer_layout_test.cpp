@@ -92,10 +92,9 @@ TEST_F(WriterLayout, VideoCardGammaFormulaAndTable) {
     ASSERT_TRUE(writer_.SetVCGTInformation(formula));
     const Bytes formulaTag = Finish().Tag('vcgt').value();
     ASSERT_EQ(formulaTag.size(), 48u);
-    EXPECT_EQ(BE32(formulaTag, 0), static_cast<uint32_t>('vcgt'));
-    EXPECT_EQ(BE32(formulaTag, 8), 1u);
-    for (uint32_t i = 0; i < 8; ++i) EXPECT_EQ(BE32(formulaTag, 12 + 4 * i), i + 1);
-    EXPECT_EQ(BE32(formulaTag, 44), 0x89ABCDEFu);
+    std::vector<uint32_t> words;
+    for (size_t at = 0; at < 48; at += 4) words.push_back(BE32(formulaTag, at));
+    EXPECT_EQ(words, (std::vector<uint32_t>{'vcgt', 0, 1, 1, 2, 3, 4, 5, 6, 7, 8, 0x89ABCDEF}));
 
     ASSERT_TRUE(writer_.OpenICCProfileForWrite(tesk::path::ToWindows(path_).c_str()));
     uint16_t entries[2 * 3] = {0x1234, 0xABCD, 0x0001, 0xFF00, 0x00FF, 0x8001};
@@ -105,13 +104,8 @@ TEST_F(WriterLayout, VideoCardGammaFormulaAndTable) {
     ASSERT_TRUE(writer_.SetVCGTInformation(table));
     const Bytes tableTag = Finish().Tag('vcgt').value();
     // 1 x 3 x 2 x 2 + 18 bytes; the entries in host (little-endian) order.
-    ASSERT_EQ(tableTag.size(), 30u);
-    EXPECT_EQ(BE32(tableTag, 8), 0u);
-    EXPECT_EQ(BE16(tableTag, 12), 2);
-    EXPECT_EQ(BE16(tableTag, 14), 3);
-    EXPECT_EQ(BE16(tableTag, 16), 1);
-    EXPECT_EQ(Bytes(tableTag.begin() + 18, tableTag.end()),
-              (Bytes{0x34, 0x12, 0xCD, 0xAB, 0x01, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x01, 0x80}));
+    EXPECT_EQ(tableTag, (Bytes{'v', 'c', 'g', 't', 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 3, 0, 1, 0x34, 0x12, 0xCD, 0xAB,
+                               0x01, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x01, 0x80}));
 }
 
 TEST_F(WriterLayout, VideoCardGammaRefusesOtherTypesAndMissingData) {
@@ -151,9 +145,10 @@ TEST_F(WriterLayout, ColorimetricTagsAreS15Fixed16) {
     EXPECT_EQ(BE32(blackTag, 16), 0x00020000u);
     const Bytes chad = file.Tag('chad').value();
     ASSERT_EQ(chad.size(), 44u);
-    EXPECT_EQ(BE32(chad, 0), static_cast<uint32_t>('sf32'));
-    const uint32_t expected[9] = {0x00010000, 0xFFFFC000, 0, 0, 0x00018000, 0, 0xFFFF0000, 0, 0x7FFF0000};
-    for (int i = 0; i < 9; ++i) EXPECT_EQ(BE32(chad, 8 + 4 * i), expected[i]) << i;
+    std::vector<uint32_t> words;
+    for (size_t at = 0; at < 44; at += 4) words.push_back(BE32(chad, at));
+    EXPECT_EQ(words, (std::vector<uint32_t>{'sf32', 0, 0x00010000, 0xFFFFC000, 0, 0, 0x00018000, 0, 0xFFFF0000, 0,
+                                            0x7FFF0000}));
 }
 
 TEST_F(WriterLayout, TextTags) {

@@ -97,9 +97,8 @@ TEST_F(ReadBack, SelfCheckProfileCarriesEveryTagItWrote) {
     SVCGTGamma ramp{};
     ASSERT_TRUE(reader_.GetVCGTTable(ramp));
     EXPECT_EQ(ramp.m_nGammaType, kVCGTFormula);
-    EXPECT_EQ(ramp.m_formula.m_nRedGamma, 0x10000u);
-    EXPECT_EQ(ramp.m_formula.m_nGreenMin, 0u);
-    EXPECT_EQ(ramp.m_formula.m_nBlueMax, 0x10000u);
+    EXPECT_EQ((std::vector<uint32_t>{ramp.m_formula.m_nRedGamma, ramp.m_formula.m_nGreenMin, ramp.m_formula.m_nBlueMax}),
+              (std::vector<uint32_t>{0x10000, 0, 0x10000}));
 
     reader_.CloseProfile();
     CString name(L"TestWriteProfile.icm");
@@ -170,10 +169,8 @@ TEST_F(ReadBack, ProfileBuiltTagByTagKeepsCurvesColorantsAndGammaTable) {
     SMyXYZNumber green{25241 / 65536.0, 46981 / 65536.0, 6362 / 65536.0};
     SMyXYZNumber blue{9376 / 65536.0, 3972 / 65536.0, 46799 / 65536.0};
     SMyXYZNumber white{63190 / 65536.0, 1.0, 54061 / 65536.0};
-    ASSERT_TRUE(writer.SetXYZColorant(red, 'rXYZ'));
-    ASSERT_TRUE(writer.SetXYZColorant(green, 'gXYZ'));
-    ASSERT_TRUE(writer.SetXYZColorant(blue, 'bXYZ'));
-    ASSERT_TRUE(writer.SetMediaWhitePoint(white));
+    ASSERT_TRUE(writer.SetXYZColorant(red, 'rXYZ') && writer.SetXYZColorant(green, 'gXYZ') &&
+                writer.SetXYZColorant(blue, 'bXYZ') && writer.SetMediaWhitePoint(white));
 
     std::vector<uint16_t> ramp(3 * 256);
     for (size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<uint16_t>((i % 256) * 257 + i / 256);
@@ -184,9 +181,7 @@ TEST_F(ReadBack, ProfileBuiltTagByTagKeepsCurvesColorantsAndGammaTable) {
 
     std::list<std::string> description{"Built tag by tag"};
     std::list<std::string> copyright{"No copyright"};
-    ASSERT_TRUE(writer.SetStringTag('desc', description));
-    ASSERT_TRUE(writer.SetCopyrightTag('cprt', copyright));
-
+    ASSERT_TRUE(writer.SetStringTag('desc', description) && writer.SetCopyrightTag('cprt', copyright));
     writer.SetHeaderRenderingIntent(INTENT_RELATIVE_COLORIMETRIC);
     writer.SetHeaderManufacturer('TESK');
     writer.SetHeaderModel(7);
@@ -209,9 +204,7 @@ TEST_F(ReadBack, ProfileBuiltTagByTagKeepsCurvesColorantsAndGammaTable) {
     }
     SMyXYZNumber xyz{};
     ASSERT_TRUE(reader_.GetXYZColorant(xyz, 'gXYZ'));
-    EXPECT_EQ(xyz.X, green.X);
-    EXPECT_EQ(xyz.Y, green.Y);
-    EXPECT_EQ(xyz.Z, green.Z);
+    EXPECT_EQ((std::vector<double>{xyz.X, xyz.Y, xyz.Z}), (std::vector<double>{green.X, green.Y, green.Z}));
     ASSERT_TRUE(reader_.GetMediaWhitePoint(xyz));
     EXPECT_EQ(xyz.Z, white.Z);
 
@@ -222,9 +215,8 @@ TEST_F(ReadBack, ProfileBuiltTagByTagKeepsCurvesColorantsAndGammaTable) {
     ASSERT_TRUE(reader_.GetVCGTTable(table));
     std::unique_ptr<uint16_t[]> values(table.m_table.m_pData);
     ASSERT_EQ(table.m_nGammaType, kVCGTTable);
-    EXPECT_EQ(table.m_table.m_nChannels, 3);
-    EXPECT_EQ(table.m_table.m_nEntryCount, 256);
-    EXPECT_EQ(table.m_table.m_nEntrySize, 2);
+    EXPECT_EQ((std::vector<int>{table.m_table.m_nChannels, table.m_table.m_nEntryCount, table.m_table.m_nEntrySize}),
+              (std::vector<int>{3, 256, 2}));
     for (size_t i = 0; i < ramp.size(); ++i)
         ASSERT_EQ(values[i], static_cast<uint16_t>((ramp[i] >> 8) | (ramp[i] << 8))) << i;
     for (size_t i = ramp.size(); i < 2 * ramp.size(); ++i) ASSERT_EQ(values[i], 0) << i;
@@ -239,11 +231,9 @@ TEST_F(ReadBack, ProfileBuiltTagByTagKeepsCurvesColorantsAndGammaTable) {
     EXPECT_EQ(attributes, 2u) << "not glossy is ICC's matte bit";
     tm created{};
     ASSERT_TRUE(cmsGetHeaderCreationDateTime(lcms.handle, &created));
-    EXPECT_EQ(created.tm_year + 1900, 2024);
-    EXPECT_EQ(created.tm_mon + 1, 2);
-    EXPECT_EQ(created.tm_mday, 29);
-    EXPECT_EQ(created.tm_hour, 13);
-    EXPECT_EQ(created.tm_min, 45);
+    EXPECT_EQ((std::vector<int>{created.tm_year + 1900, created.tm_mon + 1, created.tm_mday, created.tm_hour,
+                                created.tm_min}),
+              (std::vector<int>{2024, 2, 29, 13, 45}));
 
     ExpectIccDumpClean(path);
 }
