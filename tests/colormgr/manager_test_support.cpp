@@ -104,11 +104,6 @@ BOOL WINAPI RecordSetRamp(HDC dc, LPVOID ramp) {
     return Real<decltype(&SetDeviceGammaRamp)>(L"GDI32.DLL", "SetDeviceGammaRamp")(dc, ramp);
 }
 
-BOOL WINAPI RecordGetRamp(HDC dc, LPVOID ramp) {
-    CallLog().push_back({"GetDeviceGammaRamp", {}, {}, {dc}, {}});
-    return Real<decltype(&GetDeviceGammaRamp)>(L"GDI32.DLL", "GetDeviceGammaRamp")(dc, ramp);
-}
-
 template <typename Function>
 FARPROC AsProc(Function function) {
     return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
@@ -290,7 +285,6 @@ void RecordPlatformCalls(const std::vector<std::wstring>& invalidProfiles, int r
     tesk::loader::SetSubstitute(L"MSCMS.DLL", mscms);
     tesk::loader::Substitute gdi;
     gdi.overrides["SetDeviceGammaRamp"] = AsProc(&RecordSetRamp);
-    gdi.overrides["GetDeviceGammaRamp"] = AsProc(&RecordGetRamp);
     tesk::loader::SetSubstitute(L"GDI32.DLL", gdi);
 }
 

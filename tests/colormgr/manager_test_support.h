@@ -104,7 +104,7 @@ std::vector<RecordedCall> CallsNamed(const std::string& name);
 std::wstring FileOfHandle(void* handle);
 
 // Stands recording substitutes in for MSCMS.DLL (profile open, validity,
-// transforms) and GDI32.DLL (gamma ramps); `invalidProfiles` makes
+// transforms) and GDI32.DLL (setting gamma ramps); `invalidProfiles` makes
 // IsColorProfileValid's call fail for those files (`rejections` times, or always).
 void RecordPlatformCalls(const std::vector<std::wstring>& invalidProfiles = {}, int rejections = -1);
 
