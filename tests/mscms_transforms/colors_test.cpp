@@ -22,7 +22,6 @@ protected:
 TEST_F(Colors, RgbToCmykMatchesLcms2SixteenBit) {
     const Bytes fogra = FograProfile();
     Transform transform = MakeTransform({&srgb_, &fogra}, {INTENT_RELATIVE_COLORIMETRIC});
-    ASSERT_TRUE(transform);
     COLOR in[3] = {Rgb(0xFFFF, 0, 0), Rgb(0x1234, 0x8000, 0xFEDC), Rgb(0, 0, 0)};
     COLOR out[3];
     ASSERT_TRUE(TranslateColors(transform.Get(), in, 3, COLOR_RGB, out, COLOR_CMYK));
@@ -38,7 +37,6 @@ TEST_F(Colors, RgbToCmykMatchesLcms2SixteenBit) {
 
     // And back: no ink is paper white.
     Transform back = MakeTransform({&fogra, &srgb_}, {INTENT_RELATIVE_COLORIMETRIC});
-    ASSERT_TRUE(back);
     COLOR paper{}, rgb{};
     ASSERT_TRUE(TranslateColors(back.Get(), &paper, 1, COLOR_CMYK, &rgb, COLOR_RGB));
     EXPECT_GT(rgb.rgb.red, 0xF800);
@@ -53,7 +51,6 @@ TEST_F(Colors, LabAndXyzUseIccSixteenBitEncodings) {
     Transform toXyz = MakeTransform({&srgb_, &xyz}, {INTENT_RELATIVE_COLORIMETRIC});
     Transform fromLab = MakeTransform({&lab, &srgb_}, {INTENT_RELATIVE_COLORIMETRIC});
     Transform fromXyz = MakeTransform({&xyz, &srgb_}, {INTENT_RELATIVE_COLORIMETRIC});
-    ASSERT_TRUE(toLab && toXyz && fromLab && fromXyz);
 
     COLOR in[2] = {Rgb(0xFFFF, 0xFFFF, 0xFFFF), Rgb(0, 0, 0)};
     COLOR out[2];
@@ -83,7 +80,6 @@ TEST_F(Colors, LabAndXyzUseIccSixteenBitEncodings) {
 TEST_F(Colors, GrayIsOneWordAndTheRestOfTheOutputIsCleared) {
     const Bytes gray = GrayProfile();
     Transform transform = MakeTransform({&srgb_, &gray}, {INTENT_RELATIVE_COLORIMETRIC});
-    ASSERT_TRUE(transform);
     COLOR in[3] = {Rgb(0xFFFF, 0xFFFF, 0xFFFF), Rgb(0, 0, 0), Rgb(0, 0xFFFF, 0)};
     COLOR out[3];
     std::memset(out, 0xAB, sizeof out);
@@ -98,7 +94,6 @@ TEST_F(Colors, GrayIsOneWordAndTheRestOfTheOutputIsCleared) {
 TEST_F(Colors, InputAndOutputMayBeTheSameArray) {
     const Bytes fogra = FograProfile();
     Transform transform = MakeTransform({&srgb_, &fogra}, {INTENT_PERCEPTUAL});
-    ASSERT_TRUE(transform);
     COLOR colors[4] = {Rgb(1, 2, 3), Rgb(0xFFFF, 0, 0x8000), Rgb(0x4000, 0x4000, 0x4000), Rgb(0, 0xFFFF, 0)};
     COLOR separate[4];
     ASSERT_TRUE(TranslateColors(transform.Get(), colors, 4, COLOR_RGB, separate, COLOR_CMYK));
@@ -108,7 +103,6 @@ TEST_F(Colors, InputAndOutputMayBeTheSameArray) {
 
 TEST_F(Colors, WrongTypesHandlesAndPointersFail) {
     Transform transform = MakeTransform({&srgb_, &srgb_}, {INTENT_PERCEPTUAL});
-    ASSERT_TRUE(transform);
     COLOR in = Rgb(1, 2, 3), out{};
     auto failure = [&](HTRANSFORM handle, PCOLOR from, COLORTYPE inType, PCOLOR to, COLORTYPE outType) {
         SetLastError(0);

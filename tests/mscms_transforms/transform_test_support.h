@@ -78,9 +78,9 @@ private:
     HTRANSFORM handle_;
 };
 
-// CreateMultiProfileTransform over freshly opened copies of `profiles`.
-inline Transform MakeTransform(const std::vector<const Bytes*>& profiles, std::vector<DWORD> intents,
-                               DWORD flags = BEST_MODE) {
+// CreateMultiProfileTransform over freshly opened copies of `profiles`; null when refused.
+inline Transform TryMakeTransform(const std::vector<const Bytes*>& profiles, std::vector<DWORD> intents,
+                                  DWORD flags = BEST_MODE) {
     std::vector<std::unique_ptr<OpenedProfile>> opened;
     std::vector<HPROFILE> handles;
     for (const Bytes* bytes : profiles) {
@@ -89,6 +89,14 @@ inline Transform MakeTransform(const std::vector<const Bytes*>& profiles, std::v
     }
     return Transform(CreateMultiProfileTransform(handles.data(), static_cast<DWORD>(handles.size()), intents.data(),
                                                  static_cast<DWORD>(intents.size()), flags, INDEX_DONT_CARE));
+}
+
+// The same, for transforms a test relies on: a refusal ends the test.
+inline Transform MakeTransform(const std::vector<const Bytes*>& profiles, std::vector<DWORD> intents,
+                               DWORD flags = BEST_MODE) {
+    Transform transform = TryMakeTransform(profiles, std::move(intents), flags);
+    if (!transform) throw std::runtime_error("CreateMultiProfileTransform failed: " + std::to_string(GetLastError()));
+    return transform;
 }
 
 // TranslateBitmapBits over packed rows (stride 0) without a callback.
