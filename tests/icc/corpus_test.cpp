@@ -222,7 +222,7 @@ std::wstring LcmsText(cmsHPROFILE profile, cmsTagSignature tag) {
 
 }  // namespace
 
-// ICC v4 profiles too, which iccdump does not read: Little CMS as the reference.
+// Little CMS as an independent reader of the same profiles.
 TEST_P(CorpusProfile, AgreesWithLittleCms) {
     const CorpusEntry& entry = GetParam();
     const fs::path path = entry.Profile();
