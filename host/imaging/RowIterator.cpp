@@ -5,20 +5,20 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/imaging/PixelBlocks.h"
 #include "host/imaging/PixelCodec.h"
 
 namespace {
 
-struct SFree {
-    void operator()(BYTE* p) const { std::free(p); }
+struct SGiveBack {
+    size_t bytes = 0;
+    void operator()(BYTE* p) const { vimaging::GiveBackBlock(p, bytes); }
 };
 
 }  // namespace
 
 struct CRowIterator::SImage {
-    // calloc: large blocks come straight from the system already zeroed, so a
-    // fresh image costs no pass over its memory until it is written.
-    std::unique_ptr<BYTE, SFree> owned;
+    std::unique_ptr<BYTE, SGiveBack> owned;
     BYTE* firstRow = nullptr;
     std::ptrdiff_t stride = 0;
     int width = 0;
@@ -46,7 +46,7 @@ bool CRowIterator::Create(int width, int height, EVPixelFormat format, const CVP
     if (height > 0 && size_t(stride) > SIZE_MAX / size_t(height)) return false;
     const size_t total = size_t(stride) * size_t(height);
     if (total > 0) {
-        image->owned.reset(static_cast<BYTE*>(std::calloc(total, 1)));
+        image->owned = std::unique_ptr<BYTE, SGiveBack>(vimaging::TakeZeroedBlock(total), SGiveBack{total});
         if (!image->owned) return false;
     }
     image->firstRow = image->owned.get();

@@ -13,17 +13,19 @@ namespace {
 // without the cost of sleeping and being woken.
 constexpr auto kSpinTime = std::chrono::microseconds(50);
 
+// True when ready() came true within `spin`.
 template <typename Ready>
-void SpinUntil(Ready ready) {
-    const auto until = std::chrono::steady_clock::now() + kSpinTime;
+bool SpinUntil(Ready ready, std::chrono::steady_clock::duration spin = kSpinTime) {
+    const auto until = std::chrono::steady_clock::now() + spin;
     while (!ready()) {
         for (int i = 0; i < 64; ++i) {
 #if defined(__x86_64__) || defined(__i386__)
             __builtin_ia32_pause();
 #endif
         }
-        if (std::chrono::steady_clock::now() > until) return;
+        if (std::chrono::steady_clock::now() > until) return ready();
     }
+    return true;
 }
 
 }  // namespace
@@ -78,6 +80,10 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     std::unique_lock busy(busy_, std::try_to_lock);
     const bool usable = busy.owns_lock() && getpid() == ownerProcess_;
     helpers = usable ? std::min(helpers, Workers()) : 0;
+    if (helpers > 0 && aloneJobs_ > 0) {
+        --aloneJobs_;
+        helpers = 0;
+    }
     if (helpers == 0) {
         work();
         return;
@@ -91,14 +97,24 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
         job_.store(next, std::memory_order_release);
         wake_.notify_all();
     }
+    const auto started = std::chrono::steady_clock::now();
     work();
     // Late helpers stay out from here on; wait only for those inside.
     const auto inside = [&] { return job_.load(std::memory_order_acquire) & kInsideMask; };
-    if (job_.fetch_or(kClosed, std::memory_order_acq_rel) & kInsideMask) {
-        SpinUntil([&] { return inside() == 0; });
-        std::unique_lock lock(mutex_);
-        done_.wait(lock, [&] { return inside() == 0; });
+    if (!(job_.fetch_or(kClosed, std::memory_order_acq_rel) & kInsideMask)) return;
+    // Pieces are small, so a helper still inside when the caller is done
+    // should be out within a fraction of the caller's own time.
+    const auto ownTime = std::chrono::steady_clock::now() - started;
+    const auto expected = std::max<std::chrono::steady_clock::duration>(kSpinTime, ownTime / 4);
+    if (SpinUntil([&] { return inside() == 0; }, expected)) {
+        if (++cleanJobs_ >= kMaxBackoff) backoff_ = kFirstBackoff;
+        return;
     }
+    std::unique_lock lock(mutex_);
+    done_.wait(lock, [&] { return inside() == 0; });
+    aloneJobs_ = backoff_;
+    backoff_ = std::min(backoff_ * 2, kMaxBackoff);
+    cleanJobs_ = 0;
 }
 
 }  // namespace tesk::mscms

@@ -52,6 +52,18 @@ private:
     unsigned seats_ = 0;  // helpers the current job takes
     std::atomic<unsigned> seated_{0};
     int ownerProcess_;  // a forked child has none of the threads
+
+    // A helper descheduled inside a job keeps its caller waiting until the
+    // system runs it again: milliseconds, where a job of one row takes
+    // microseconds. After such a wait the pool's callers work alone for a
+    // number of jobs, twice as many each time it happens again soon, so a
+    // busy machine is not made slower by threads that cannot run. Touched
+    // only by the caller holding `busy_`.
+    unsigned aloneJobs_ = 0;
+    unsigned backoff_ = kFirstBackoff;
+    unsigned cleanJobs_ = 0;
+    static constexpr unsigned kFirstBackoff = 16;
+    static constexpr unsigned kMaxBackoff = 4096;
 };
 
 }  // namespace tesk::mscms
