@@ -16,7 +16,6 @@ enum class UserAction { Cancel, Accept, Fail };
 
 struct DialogScript {
     UserAction action = UserAction::Accept;
-    DWORD setFlags = 0;
     DWORD clearFlags = 0;
     std::wstring monitor, printer, target;
     // What the dialog was shown.
@@ -47,7 +46,7 @@ BOOL WINAPI FakeDialog(PCOLORMATCHSETUPW setup) {
         ::SetLastError(ERROR_NOT_SUPPORTED);
         return FALSE;
     }
-    setup->dwFlags = (setup->dwFlags | script.setFlags) & ~script.clearFlags;
+    setup->dwFlags &= ~script.clearFlags;
     setup->dwRenderIntent = 2;
     setup->dwProofingIntent = 1;
     wcsncpy(setup->pMonitorProfile, script.monitor.c_str(), setup->ccMonitorProfile);
@@ -96,7 +95,6 @@ TEST_F(DialogTest, TheRecordCarriesTheSettingsAndTheChoicesComeBack) {
     wchar_t monitorName[] = L"Old.icc", printerName[] = L"Press.icc", proofName[] = L"Proof.icc";
     manager.UpdateSettings(true, true, monitorName, printerName, proofName, 0, 3);
 
-    Script().setFlags = 0;
     Script().clearFlags = CMS_DISABLEICM | CMS_ENABLEPROOFING;
     Script().monitor = L"Chosen.icc";
     Script().printer = L"NewPrinter.icc";

@@ -50,6 +50,7 @@ TEST_F(MonitorTest, TheMonitorsCalibrationReachesTheDisplayAndIsRestoredAtTheEnd
     EXPECT_EQ(RampsSet().size(), 1u);
 }
 
+// A table, or a count, other than 3 x 256 sets the saved ramp first.
 TEST_F(MonitorTest, ATableOfAnotherSizeSetsTheSavedRampFirst) {
     const std::vector<uint16_t> original = DisplayRamp();
     const std::vector<uint16_t> small = TestRamp(16, 100);
@@ -68,15 +69,11 @@ TEST_F(MonitorTest, ATableOfAnotherSizeSetsTheSavedRampFirst) {
     EXPECT_TRUE(std::equal(small.begin(), small.end(), set[1].ramp.begin()));
     EXPECT_EQ(set[1].ramp[small.size()], 0);
     EXPECT_EQ(DisplayRamp(), original);
-}
 
-TEST_F(MonitorTest, SettingWithACountOtherThan768AppliesTheSavedRampThenTheGivenOne) {
-    CColorManager& manager = StartRecorded();
-    HWND noWindow = nullptr;
-    ASSERT_TRUE(manager.SaveOriginialDeviceGammaRamp(noWindow));
+    CallLog().clear();
     std::vector<uint16_t> ramp = TestRamp(256, 500);
     EXPECT_TRUE(manager.SetDeviceGammaRampFromVCGT(nullptr, ramp.data(), 256, false));
-    std::vector<RecordedCall> set = RampsSet();
+    set = RampsSet();
     ASSERT_EQ(set.size(), 2u);
     EXPECT_EQ(set[0].ramp, std::vector<uint16_t>(Access::SavedRamp(manager), Access::SavedRamp(manager) + 768));
     EXPECT_EQ(set[1].ramp, ramp);
@@ -84,7 +81,6 @@ TEST_F(MonitorTest, SettingWithACountOtherThan768AppliesTheSavedRampThenTheGiven
 
     // Without a saved ramp only the given one is set.
     CSingletonManager::Instance().DestroyAll();
-    CallLog().clear();
     CColorManager& fresh = *CColorManager::Instance();
     CallLog().clear();
     EXPECT_TRUE(fresh.SetDeviceGammaRampFromVCGT(nullptr, ramp.data(), 256, false));
@@ -92,7 +88,9 @@ TEST_F(MonitorTest, SettingWithACountOtherThan768AppliesTheSavedRampThenTheGiven
     EXPECT_FALSE(fresh.SetDeviceGammaRampFromVCGT(nullptr, nullptr, 768, false));
 }
 
+// Restored once, on request or by a monitor profile without a table.
 TEST_F(MonitorTest, ASavedRampIsRestoredOnlyOnce) {
+    WriteRgbProfile(ColorDir() + "/Plain.icc", 2.2);
     CColorManager& manager = StartRecorded();
     HWND noWindow = nullptr;
     EXPECT_FALSE(manager.SetDeviceGammaRampFromVCGT(nullptr, nullptr, 0, true)) << "nothing saved yet";
@@ -103,31 +101,22 @@ TEST_F(MonitorTest, ASavedRampIsRestoredOnlyOnce) {
     std::vector<uint16_t> ramp = TestRamp(256, 300);
     ASSERT_TRUE(manager.SetDeviceGammaRampFromVCGT(nullptr, ramp.data(), 768, false));
     EXPECT_EQ(DisplayRamp(), ramp);
-
     EXPECT_TRUE(manager.SetDeviceGammaRampFromVCGT(nullptr, nullptr, 0, true));
     EXPECT_EQ(DisplayRamp(), original);
     EXPECT_EQ(Access::SavedRamp(manager), nullptr);
     EXPECT_FALSE(manager.SetDeviceGammaRampFromVCGT(nullptr, nullptr, 0, true));
     EXPECT_EQ(RampsSet().size(), 2u);
 
+    ASSERT_TRUE(manager.SaveOriginialDeviceGammaRamp(noWindow));
+    ASSERT_TRUE(manager.SetDeviceGammaRampFromVCGT(nullptr, TestRamp(256, 700).data(), 768, false));
+    CString plain(L"Plain.icc");
+    manager.SetMonitorProfile(plain);
+    EXPECT_EQ(DisplayRamp(), original);
+    EXPECT_EQ(Access::SavedRamp(manager), nullptr);
+
     CallLog().clear();
     CSingletonManager::Instance().DestroyAll();
     EXPECT_TRUE(RampsSet().empty()) << "nothing left to restore at the end";
-}
-
-TEST_F(MonitorTest, AMonitorProfileWithoutVcgtRestoresTheSavedRamp) {
-    WriteRgbProfile(ColorDir() + "/Plain.icc", 2.2);
-    CColorManager& manager = StartRecorded();
-    const std::vector<uint16_t> original = DisplayRamp();
-    HWND noWindow = nullptr;
-    ASSERT_TRUE(manager.SaveOriginialDeviceGammaRamp(noWindow));
-    std::vector<uint16_t> ramp = TestRamp(256, 700);
-    ASSERT_TRUE(manager.SetDeviceGammaRampFromVCGT(nullptr, ramp.data(), 768, false));
-
-    CString monitor(L"Plain.icc");
-    manager.SetMonitorProfile(monitor);
-    EXPECT_EQ(DisplayRamp(), original);
-    EXPECT_EQ(Access::SavedRamp(manager), nullptr);
 }
 
 TEST_F(MonitorTest, DiscoveryFindsTheVirtualAdapterAndMonitorThroughUser32) {
