@@ -1,6 +1,7 @@
 #include <tiffio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -41,7 +42,11 @@ void SetFields(TIFF* tif, const SImageHeader& image) {
         uint16_t extra = EXTRASAMPLE_UNASSALPHA;
         TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, uint16_t(1), &extra);
     }
-    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tif, 0));
+    // Strips of about 256 KiB: libtiff writes a strip a call, and libtiff's
+    // own default of 8 KiB means a system call for every row of a wide image.
+    const tmsize_t rowBytes = std::max<tmsize_t>(TIFFScanlineSize(tif), 1);
+    const tmsize_t rows = std::min<tmsize_t>((tmsize_t{256} << 10) / rowBytes, image.height);
+    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(std::max<tmsize_t>(rows, 1)));
     if (!image.iccProfile.empty())
         TIFFSetField(tif, TIFFTAG_ICCPROFILE, uint32_t(image.iccProfile.size()), image.iccProfile.data());
 }
