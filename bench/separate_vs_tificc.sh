@@ -10,7 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data TESK_COLOR_DIR=$work/color
 teskcolor=$build/bin/teskcolor
-press="$here/data/ColorProfile/SWOP Coated (TR003).icc"
+press="$here/data/ColorProfile/ISO Coated (FOGRA39).icc"
 
 "$teskcolor" chart --width 6000 --height 4000 "$work/in.tif" >/dev/null
 srgb="$TESK_COLOR_DIR/sRGB Color Space Profile.icm"
