@@ -34,13 +34,6 @@ protected:
 
 }  // namespace
 
-TEST_F(PrinterTest, DefaultPrinterIsTheDeviceValueBeforeItsFirstComma) {
-    CColorManager& manager = *CColorManager::Instance();
-    EXPECT_EQ(Access::DefaultPrinterName(manager), L"Office");
-    ::unsetenv("TESK_TEST_PRINTERS");
-    EXPECT_EQ(Access::DefaultPrinterName(manager), L"<null>");
-}
-
 TEST_F(PrinterTest, AContextsProfileIsItsFileNameAlone) {
     CColorManager& manager = *CColorManager::Instance();
     HDC dc = GdiCreateDC(nullptr, L"Office");
@@ -52,7 +45,7 @@ TEST_F(PrinterTest, AContextsProfileIsItsFileNameAlone) {
     GdiDeleteDC(dc);
 }
 
-TEST_F(PrinterTest, ChoosingAPrinterTakesItsProfile) {
+TEST_F(PrinterTest, ChoosingAPrinterTakesItsProfileAndTheDefaultIsTheDeviceValue) {
     CColorManager& manager = *CColorManager::Instance();
     manager.SetDefaultPrinterW(L"Office");
     EXPECT_EQ(Access::PrinterName(manager), L"Office");
@@ -62,6 +55,11 @@ TEST_F(PrinterTest, ChoosingAPrinterTakesItsProfile) {
     manager.SetDefaultPrinterW(L"Nobody");
     EXPECT_EQ(Access::PrinterName(manager), L"Nobody");
     EXPECT_EQ(Access::PrinterProfile(manager), L"Office Press.icc") << "an unknown printer changes no profile";
+
+    // The default printer is the device value before its first comma.
+    EXPECT_EQ(Access::DefaultPrinterName(manager), L"Office");
+    ::unsetenv("TESK_TEST_PRINTERS");
+    EXPECT_EQ(Access::DefaultPrinterName(manager), L"<null>");
 }
 
 TEST_F(PrinterTest, StartUpAndPrinterChangesReadThePrinterFromTheStore) {
