@@ -12,6 +12,9 @@ namespace {
 // own work; a worker that waits this long for the next job catches it
 // without the cost of sleeping and being woken.
 constexpr auto kSpinTime = std::chrono::microseconds(50);
+// Longer than any wait for a helper that is running; shorter than the slice
+// a loaded system gives another thread before it runs ours again.
+constexpr auto kStallTime = std::chrono::microseconds(500);
 
 // True when ready() came true within `spin`.
 template <typename Ready>
@@ -99,19 +102,22 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     }
     const auto started = std::chrono::steady_clock::now();
     work();
+    const auto finished = std::chrono::steady_clock::now();
     // Late helpers stay out from here on; wait only for those inside.
     const auto inside = [&] { return job_.load(std::memory_order_acquire) & kInsideMask; };
-    if (!(job_.fetch_or(kClosed, std::memory_order_acq_rel) & kInsideMask)) return;
+    if (job_.fetch_or(kClosed, std::memory_order_acq_rel) & kInsideMask) {
+        SpinUntil([&] { return inside() == 0; });
+        std::unique_lock lock(mutex_);
+        done_.wait(lock, [&] { return inside() == 0; });
+    }
     // Pieces are small, so a helper still inside when the caller is done
-    // should be out within a fraction of the caller's own time.
-    const auto ownTime = std::chrono::steady_clock::now() - started;
-    const auto expected = std::max<std::chrono::steady_clock::duration>(kSpinTime, ownTime / 4);
-    if (SpinUntil([&] { return inside() == 0; }, expected)) {
-        if (++cleanJobs_ >= kMaxBackoff) backoff_ = kFirstBackoff;
+    // should be out within a fraction of the caller's own time; one the
+    // system took off its core keeps the caller a scheduler slice or more.
+    const auto waited = std::chrono::steady_clock::now() - finished;
+    if (waited < std::max<std::chrono::steady_clock::duration>(kStallTime, (finished - started) / 2)) {
+        if (++cleanJobs_ >= kFirstBackoff * 16) backoff_ = kFirstBackoff;
         return;
     }
-    std::unique_lock lock(mutex_);
-    done_.wait(lock, [&] { return inside() == 0; });
     aloneJobs_ = backoff_;
     backoff_ = std::min(backoff_ * 2, kMaxBackoff);
     cleanJobs_ = 0;
