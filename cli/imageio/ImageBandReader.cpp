@@ -31,8 +31,10 @@ SImage CImageBandReader::NextBand(int rows) {
     band.iccProfile = m_header.iccProfile;
     if (rows == 0) return band;
     if (m_rows) {
-        if (!band.pixels.Create(m_header.width, rows, m_header.format))
+        // One buffer serves every band: the caller is done with a band before the next.
+        if (m_buffer.GetHeight() < rows && !m_buffer.Create(m_header.width, rows, m_header.format))
             throw CCliError(EExit::Failed, "not enough memory for a band of " + std::to_string(rows) + " rows");
+        band.pixels.Attach(m_buffer.GetRow(0), m_header.width, rows, m_header.format, m_buffer.GetStride());
         m_rows->ReadRows(m_next, band.pixels);
     } else {
         band.pixels.Attach(m_whole.pixels.GetRow(m_next), m_header.width, rows, m_header.format,

@@ -36,7 +36,8 @@ public:
 private:
     SImageHeader m_header;
     std::unique_ptr<IImageRowSource> m_rows;
-    SImage m_whole;  // files that are not streamed
+    CRowIterator m_buffer;  // the rows of streamed files
+    SImage m_whole;         // files that are not streamed
     int m_next = 0;
 };
 

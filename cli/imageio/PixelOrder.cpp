@@ -4,17 +4,29 @@
 
 namespace teskcolor {
 
-void SwapRedBlue(uint8_t* row, size_t pixels, int channels, int bytesPerSample) {
-    const size_t step = size_t(channels) * size_t(bytesPerSample);
-    if (bytesPerSample == 1) {
-        for (size_t i = 0; i < pixels; ++i) std::swap(row[i * step], row[i * step + 2]);
-    } else {
-        for (size_t i = 0; i < pixels; ++i) {
-            uint8_t* p = row + i * step;
-            std::swap(p[0], p[4]);
-            std::swap(p[1], p[5]);
-        }
+namespace {
+
+// The step is a constant here, so each swap compiles to plain loads and stores.
+template <size_t kStep>
+void SwapFirstAndThirdBytes(uint8_t* row, size_t pixels) {
+    for (uint8_t* p = row; p != row + pixels * kStep; p += kStep) std::swap(p[0], p[2]);
+}
+
+template <size_t kStep>
+void SwapFirstAndThirdWords(uint8_t* row, size_t pixels) {
+    for (uint8_t* p = row; p != row + pixels * kStep; p += kStep) {
+        std::swap(p[0], p[4]);
+        std::swap(p[1], p[5]);
     }
+}
+
+}  // namespace
+
+void SwapRedBlue(uint8_t* row, size_t pixels, int channels, int bytesPerSample) {
+    if (bytesPerSample == 1)
+        channels == 3 ? SwapFirstAndThirdBytes<3>(row, pixels) : SwapFirstAndThirdBytes<4>(row, pixels);
+    else
+        channels == 3 ? SwapFirstAndThirdWords<6>(row, pixels) : SwapFirstAndThirdWords<8>(row, pixels);
 }
 
 void SwapBytes16(uint8_t* samples, size_t count) {
