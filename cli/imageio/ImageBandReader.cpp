@@ -9,7 +9,8 @@
 namespace teskcolor {
 
 CImageBandReader::CImageBandReader(const std::string& path, const SReadOptions& options) {
-    // ReadImage tells a missing or foreign file apart; a TIFF is then opened again to stream.
+    // Only TIFF is streamed; for anything else, a missing file included,
+    // ReadImage gives the image or the error.
     std::FILE* file = std::fopen(path.c_str(), "rb");
     uint8_t head[8] = {};
     const size_t got = file ? std::fread(head, 1, sizeof head, file) : 0;
