@@ -16,17 +16,17 @@ constexpr auto kSpinTime = std::chrono::microseconds(50);
 // a loaded system gives another thread before it runs ours again.
 constexpr auto kStallTime = std::chrono::microseconds(500);
 
-// True when ready() came true within `spin`.
+// True when ready() came true within `spin`. Readiness is looked at after
+// every pause (a pause lasts up to some hundred cycles), the clock only now
+// and then.
 template <typename Ready>
 bool SpinUntil(Ready ready, std::chrono::steady_clock::duration spin = kSpinTime) {
     const auto until = std::chrono::steady_clock::now() + spin;
-    while (!ready()) {
-        for (int i = 0; i < 64; ++i) {
+    for (unsigned i = 1; !ready(); ++i) {
 #if defined(__x86_64__) || defined(__i386__)
-            __builtin_ia32_pause();
+        __builtin_ia32_pause();
 #endif
-        }
-        if (std::chrono::steady_clock::now() > until) return ready();
+        if (i % 64 == 0 && std::chrono::steady_clock::now() > until) return ready();
     }
     return true;
 }
