@@ -9,22 +9,6 @@ namespace tesk::mscms {
 
 namespace {
 
-bool IsKnownClass(uint32_t profileClass) {
-    for (uint32_t known : {'scnr', 'mntr', 'prtr', 'link', 'spac', 'abst', 'nmcl'})
-        if (profileClass == known) return true;
-    return false;
-}
-
-bool IsKnownColorSpace(uint32_t space) {
-    for (uint32_t known : {'XYZ ', 'Lab ', 'Luv ', 'YCbr', 'Yxy ', 'RGB ', 'GRAY', 'HSV ', 'HLS ', 'CMYK', 'CMY ',
-                           'MCH1', 'MCH2', 'MCH3', 'MCH4', 'MCH5', 'MCH6', 'MCH7', 'MCH8', 'MCH9', 'MCHA', 'MCHB',
-                           'MCHC', 'MCHD', 'MCHE', 'MCHF'})
-        if (space == known) return true;
-    // 2CLR .. FCLR: n-colour spaces
-    const uint32_t digit = space >> 24;
-    return (space & 0x00FFFFFF) == 'CLR' && ((digit >= '2' && digit <= '9') || (digit >= 'A' && digit <= 'F'));
-}
-
 bool TextEndsInside(std::span<const uint8_t> text) { return std::find(text.begin(), text.end(), 0) != text.end(); }
 
 // Well-formedness of the tag types that required tags carry.
@@ -123,6 +107,22 @@ bool HasRequiredTags(const IccContainer& c, uint32_t profileClass, uint32_t data
 }
 
 }  // namespace
+
+bool IsKnownClass(uint32_t profileClass) {
+    for (uint32_t known : {'scnr', 'mntr', 'prtr', 'link', 'spac', 'abst', 'nmcl'})
+        if (profileClass == known) return true;
+    return false;
+}
+
+bool IsKnownColorSpace(uint32_t space) {
+    for (uint32_t known : {'XYZ ', 'Lab ', 'Luv ', 'YCbr', 'Yxy ', 'RGB ', 'GRAY', 'HSV ', 'HLS ', 'CMYK', 'CMY ',
+                           'MCH1', 'MCH2', 'MCH3', 'MCH4', 'MCH5', 'MCH6', 'MCH7', 'MCH8', 'MCH9', 'MCHA', 'MCHB',
+                           'MCHC', 'MCHD', 'MCHE', 'MCHF'})
+        if (space == known) return true;
+    // 2CLR .. FCLR: n-colour spaces
+    const uint32_t digit = space >> 24;
+    return (space & 0x00FFFFFF) == 'CLR' && ((digit >= '2' && digit <= '9') || (digit >= 'A' && digit <= 'F'));
+}
 
 bool IsValidProfile(const IccContainer& container) {
     const std::span<const uint8_t> header(container.header);

@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "profile_validity.h"
+
 namespace tesk::mscms {
 namespace {
 
@@ -84,9 +86,16 @@ bool MakeChainKey(std::vector<ChainMember> members, DWORD windowsFlags, ChainKey
         return false;
     }
     for (const ChainMember& member : members) {
-        if (member.bytes.size() < kHeaderSize || member.intentAsDestination > INTENT_ABSOLUTE_COLORIMETRIC ||
+        if (member.intentAsDestination > INTENT_ABSOLUTE_COLORIMETRIC ||
             member.intentAsSource > INTENT_ABSOLUTE_COLORIMETRIC) {
-            error = member.bytes.size() < kHeaderSize ? ERROR_INVALID_PROFILE : ERROR_INVALID_PARAMETER;
+            error = ERROR_INVALID_PARAMETER;
+            return false;
+        }
+        // Signatures outside ICC.1 never become lcms2's enumerations.
+        if (member.bytes.size() < kHeaderSize || !IsKnownClass(ReadBigEndian32(member.bytes, 12)) ||
+            !IsKnownColorSpace(ReadBigEndian32(member.bytes, 16)) ||
+            !IsKnownColorSpace(ReadBigEndian32(member.bytes, 20))) {
+            error = ERROR_INVALID_PROFILE;
             return false;
         }
     }

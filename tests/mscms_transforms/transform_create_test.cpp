@@ -146,6 +146,16 @@ TEST_F(TransformCreation, BadArgumentsGiveNullAndAReason) {
     OpenedProfile broken(unmarked);
     HPROFILE withBroken[2] = {a.Get(), broken.Get()};
     EXPECT_EQ(create(withBroken, 2, intents, 2), DWORD{ERROR_INVALID_PROFILE});
+
+    // Class, data space and connection space outside ICC.1 (the fuzzer's find:
+    // such a word once reached lcms2's enumerations).
+    for (size_t offset : {12, 16, 20}) {
+        Bytes unknown(fogra_.begin(), fogra_.end());
+        unknown[offset] = 0x93;
+        OpenedProfile odd(unknown);
+        HPROFILE withOdd[2] = {a.Get(), odd.Get()};
+        EXPECT_EQ(create(withOdd, 2, intents, 2), DWORD{ERROR_INVALID_PROFILE}) << offset;
+    }
 }
 
 TEST_F(TransformCreation, DeletingOneOfTwoIdenticalTransformsLeavesTheOther) {
