@@ -77,17 +77,17 @@ TEST(ColorSpec, GammaFromTheRedCurveAndInvertibleColorants) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        SColorSpecRGB spec{};
-        spec.m_bsRGB = 7;
-        spec.m_dGamma = 3.0;
-        ASSERT_TRUE(ReaderOf(MatrixDisplay(row.curve).Build())->BuildColorSpecRGB(spec));
-        EXPECT_EQ(spec.m_bsRGB, row.isSrgb);
-        EXPECT_NEAR(spec.m_dGamma, row.gamma, row.tolerance);
+        SColorSpecRGB colour{};
+        colour.m_bsRGB = 7;
+        colour.m_dGamma = 3.0;
+        ASSERT_TRUE(ReaderOf(MatrixDisplay(row.curve).Build())->BuildColorSpecRGB(colour));
+        EXPECT_EQ(colour.m_bsRGB, row.isSrgb);
+        EXPECT_NEAR(colour.m_dGamma, row.gamma, row.tolerance);
         for (int r = 0; r < 3; ++r)
             for (int c = 0; c < 3; ++c) {
-                EXPECT_NEAR(spec.m_dMatrix[r][c], kPrimaries[r][c], 1e-4);
+                EXPECT_NEAR(colour.m_dMatrix[r][c], kPrimaries[r][c], 1e-4);
                 double product = 0;  // inverse times matrix is the identity
-                for (int k = 0; k < 3; ++k) product += spec.m_dMatrix[r][k] * spec.m_dInverse[k][c];
+                for (int k = 0; k < 3; ++k) product += colour.m_dMatrix[r][k] * colour.m_dInverse[k][c];
                 EXPECT_NEAR(product, r == c ? 1.0 : 0.0, 1e-9);
             }
     }
