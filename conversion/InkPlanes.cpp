@@ -5,6 +5,7 @@
 #include <new>
 
 #include "colormgr/ColorManager.h"
+#include "conversion/PlateSplit.h"
 
 namespace {
 
@@ -102,15 +103,16 @@ VellErrorCode CColorManager::ConvertCMYtoRGB(unsigned char* cyan, unsigned char*
 
 namespace {
 
-// One RGB row to packed C, M, Y, K quads; null when memory is short, and
-// `failed` set when the platform refused.
-std::unique_ptr<BYTE[]> TranslateToQuads(decltype(&TranslateBitmapBits) translate, HTRANSFORM transform, void* rgb,
-                                         int width, int outputStride, int inputStride, bool& failed) {
-    std::unique_ptr<BYTE[]> quads(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
-    failed = quads && (!translate || !translate(transform, rgb, BM_RGBTRIPLETS, static_cast<DWORD>(width), 1,
-                                                static_cast<DWORD>(inputStride), quads.get(), BM_KYMCQUADS,
-                                                static_cast<DWORD>(outputStride), nullptr, 0));
-    return quads;
+// One RGB row to packed C, M, Y, K quads in `quads`.
+VellErrorCode TranslateToQuads(decltype(&TranslateBitmapBits) translate, HTRANSFORM transform, void* rgb, int width,
+                               int outputStride, int inputStride, std::unique_ptr<BYTE[]>& quads) {
+    quads.reset(new (std::nothrow) BYTE[static_cast<size_t>(width) * 4 + 4]);
+    if (!quads) return VELL_ERR_NO_MEMORY;
+    if (!translate || !translate(transform, rgb, BM_RGBTRIPLETS, static_cast<DWORD>(width), 1,
+                                 static_cast<DWORD>(inputStride), quads.get(), BM_KYMCQUADS,
+                                 static_cast<DWORD>(outputStride), nullptr, 0))
+        return VELL_ERR_TRANSLATE;
+    return VELL_OK;
 }
 
 }  // namespace
@@ -121,17 +123,12 @@ VellErrorCode CColorManager::ConvertRGBtoCMYK(unsigned char* cyan, unsigned char
     HTRANSFORM transform = CachedInkTransform(false);
     if (!transform) return VELL_OK;
     width = std::max(width, 0);
-    bool failed = false;
-    std::unique_ptr<BYTE[]> quads =
-        TranslateToQuads(m_pfnTranslateBitmapBits, transform, rgb, width, outputStride, inputStride, failed);
-    if (!quads) return VELL_ERR_NO_MEMORY;
-    if (failed) return VELL_ERR_TRANSLATE;
-    for (int x = 0; x < width; ++x) {
-        cyan[x] = static_cast<BYTE>(~quads[x * 4]);
-        magenta[x] = static_cast<BYTE>(~quads[x * 4 + 1]);
-        yellow[x] = static_cast<BYTE>(~quads[x * 4 + 2]);
-        black[x] = static_cast<BYTE>(~quads[x * 4 + 3]);
-    }
+    std::unique_ptr<BYTE[]> quads;
+    if (VellErrorCode code =
+            TranslateToQuads(m_pfnTranslateBitmapBits, transform, rgb, width, outputStride, inputStride, quads))
+        return code;
+    BYTE* const plates[4] = {cyan, magenta, yellow, black};
+    SplitQuads(quads.get(), static_cast<size_t>(width), plates, 0xFF);
     return VELL_OK;
 }
 
@@ -140,11 +137,10 @@ VellErrorCode CColorManager::ConvertRGBtoCMY(unsigned char* cyan, unsigned char*
     HTRANSFORM transform = CachedInkTransform(false);
     if (!transform) return VELL_OK;
     width = std::max(width, 0);
-    bool failed = false;
-    std::unique_ptr<BYTE[]> quads =
-        TranslateToQuads(m_pfnTranslateBitmapBits, transform, rgb, width, outputStride, inputStride, failed);
-    if (!quads) return VELL_ERR_NO_MEMORY;
-    if (failed) return VELL_ERR_TRANSLATE;
+    std::unique_ptr<BYTE[]> quads;
+    if (VellErrorCode code =
+            TranslateToQuads(m_pfnTranslateBitmapBits, transform, rgb, width, outputStride, inputStride, quads))
+        return code;
     // The black is added back into each ink, saturating: there is no fourth plate.
     for (int x = 0; x < width; ++x) {
         const int k = quads[x * 4 + 3];

@@ -28,28 +28,23 @@ struct SeparationInput {
 };
 
 bool DescribeSeparationInput(EVPixelFormat format, SeparationInput& input) {
-    switch (format) {
-        case VPF_GREY_8:
-            input = {WorkConversion::GreyToRGB, BM_RGBTRIPLETS, 3, 0};
+    static constexpr struct {
+        EVPixelFormat format;
+        SeparationInput input;
+    } kInputs[] = {
+        {VPF_GREY_8, {WorkConversion::GreyToRGB, BM_RGBTRIPLETS, 3, 0}},
+        {VPF_RGB_8, {WorkConversion::None, BM_RGBTRIPLETS, 0, 0}},
+        {VPF_RGBA_8, {WorkConversion::None, BM_xRGBQUADS, 0, 0}},
+        {VPF_GREY_16, {WorkConversion::Grey16ToRGB, BM_RGBTRIPLETS, 3, 0}},
+        {VPF_RGB_16, {WorkConversion::HighBytes, BM_RGBTRIPLETS, 3, 3}},
+        {VPF_RGBA_16, {WorkConversion::HighBytes, BM_xRGBQUADS, 4, 4}},
+    };
+    for (const auto& entry : kInputs)
+        if (entry.format == format) {
+            input = entry.input;
             return true;
-        case VPF_RGB_8:
-            input = {WorkConversion::None, BM_RGBTRIPLETS, 0, 0};
-            return true;
-        case VPF_RGBA_8:
-            input = {WorkConversion::None, BM_xRGBQUADS, 0, 0};
-            return true;
-        case VPF_GREY_16:
-            input = {WorkConversion::Grey16ToRGB, BM_RGBTRIPLETS, 3, 0};
-            return true;
-        case VPF_RGB_16:
-            input = {WorkConversion::HighBytes, BM_RGBTRIPLETS, 3, 3};
-            return true;
-        case VPF_RGBA_16:
-            input = {WorkConversion::HighBytes, BM_xRGBQUADS, 4, 4};
-            return true;
-        default:
-            return false;
-    }
+        }
+    return false;
 }
 
 // 16-bit plates carry the 8-bit ink value times 257.
