@@ -31,6 +31,7 @@ int BandRows(const SImageHeader& header) {
 template <typename Separate>
 void ForEachBand(CColorManager& manager, const std::string& input, CStatusControl* status, Separate separate) {
     CImageBandReader reader(input);
+    const CWorkingSpacePreparation working(manager, reader.Header());
     const int height = reader.Header().height;
     const int rows = BandRows(reader.Header());
     if (status) status->SetProgressRange(height);
@@ -38,7 +39,7 @@ void ForEachBand(CColorManager& manager, const std::string& input, CStatusContro
         const int first = height - reader.RowsLeft();
         const SImage band = reader.NextBand(rows);
         CStatusControl bandStatus(status, first, first + band.pixels.GetHeight());
-        separate(ToWorkingSpace(manager, band, nullptr), height, &bandStatus);
+        separate(working.Apply(band), height, &bandStatus);
     }
 }
 

@@ -18,12 +18,6 @@
 
 namespace teskcolor {
 
-namespace {
-
-constexpr uint32_t kRGB = 0x52474220;
-constexpr uint32_t kCMYK = 0x434D594B;
-constexpr uint32_t kGray = 0x47524159;
-
 // A profile held in memory, opened by the module's reader for the length of one operation.
 class CProfileInMemory {
 public:
@@ -40,6 +34,12 @@ private:
     std::vector<uint8_t> m_block;  // declared first: it outlives the reader
     CICCReadColorProfile m_reader;
 };
+
+namespace {
+
+constexpr uint32_t kRGB = 0x52474220;
+constexpr uint32_t kCMYK = 0x434D594B;
+constexpr uint32_t kGray = 0x47524159;
 
 uint32_t ColourSpaceOf(const std::vector<uint8_t>& profile) {
     auto header = ParseProfileHeader(profile.data(), profile.size());
@@ -99,10 +99,7 @@ void TransformIntoWorkingSpace(CColorManager& manager, SImage& image, CProfileIn
 // they change (grey made RGB, or `convert` set); otherwise they are shared
 // with the caller's image and only read.
 SImage Prepared(const SImage& image, bool convert) {
-    if (image.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image cannot be used here; an RGB or grey one is needed");
     const EVPixelFormat format = image.pixels.GetPixelFormat();
-    if (format == VPF_GREY_ALPHA_8 || format == VPF_GREY_ALPHA_16)
-        throw CCliError(EExit::Unsupported, "grey images with alpha are not supported; drop the alpha first");
     SImage prepared;
     prepared.iccProfile = image.iccProfile;
     const bool grey = CVPixelFormat::IsGreyscale(format);
@@ -124,21 +121,37 @@ void UseCMYKProfileForThisRun(CColorManager& manager, const std::string& profile
     manager.SetCMYKProfile(name);
 }
 
-SImage ToWorkingSpace(CColorManager& manager, const SImage& image, CStatusControl*) {
+CWorkingSpacePreparation::CWorkingSpacePreparation(CColorManager& manager, const SImageHeader& image)
+    : m_manager(manager) {
     const uint32_t space = ColourSpaceOf(image.iccProfile);
-    const bool grey = CVPixelFormat::IsGreyscale(image.pixels.GetPixelFormat());
+    const bool grey = CVPixelFormat::IsGreyscale(image.format);
     if (space != 0 && space != kRGB && space != kGray)
         throw CCliError(EExit::WrongProfile, "the image's embedded profile is " + SignatureText(space) +
-                                                 ", which does not fit its " + DescribeLayout(image) + " pixels");
-    std::unique_ptr<CProfileInMemory> profile;
-    if (space == kRGB && !grey && !image.cmyk) {
-        profile = std::make_unique<CProfileInMemory>(image.iccProfile, "the image");
-        if (manager.CompareProfileVersusWorkingSpace(profile->Reader())) profile.reset();
+                                                 ", which does not fit its " + DescribeLayout(image.format, image.cmyk) +
+                                                 " pixels");
+    if (image.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image cannot be used here; an RGB or grey one is needed");
+    if (image.format == VPF_GREY_ALPHA_8 || image.format == VPF_GREY_ALPHA_16)
+        throw CCliError(EExit::Unsupported, "grey images with alpha are not supported; drop the alpha first");
+    if (space == kRGB && !grey) {
+        m_profile = std::make_unique<CProfileInMemory>(image.iccProfile, "the image");
+        if (manager.CompareProfileVersusWorkingSpace(m_profile->Reader())) m_profile.reset();
     }
-    SImage working = Prepared(image, profile != nullptr);
-    if (profile) TransformIntoWorkingSpace(manager, working, *profile);
-    working.iccProfile = WorkingSpaceProfile(manager).bytes;
+    m_workingProfile = WorkingSpaceProfile(manager).bytes;
+}
+
+CWorkingSpacePreparation::~CWorkingSpacePreparation() = default;
+
+SImage CWorkingSpacePreparation::Apply(const SImage& image) const {
+    SImage working = Prepared(image, m_profile != nullptr);
+    if (m_profile) TransformIntoWorkingSpace(m_manager, working, *m_profile);
+    working.iccProfile = m_workingProfile;
     return working;
+}
+
+SImage ToWorkingSpace(CColorManager& manager, const SImage& image, CStatusControl*) {
+    const SImageHeader header{image.pixels.GetWidth(), image.pixels.GetHeight(), image.pixels.GetPixelFormat(),
+                              image.cmyk, image.iccProfile};
+    return CWorkingSpacePreparation(manager, header).Apply(image);
 }
 
 std::array<SImage, 4> SeparateToPlates(CColorManager& manager, const SImage& image, bool invert,

@@ -2,7 +2,9 @@
 // colour manager as the photo editor would and returns images ready to write.
 #pragma once
 #include <array>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "cli/imageio/Image.h"
 
@@ -23,6 +25,26 @@ void UseCMYKProfileForThisRun(CColorManager& manager, const std::string& profile
 // display operations: an embedded RGB profile other than the working space
 // is converted from; grey becomes RGB; grey with alpha is refused.
 SImage ToWorkingSpace(CColorManager& manager, const SImage& image, CStatusControl* status);
+
+class CProfileInMemory;
+
+// What ToWorkingSpace decides about an image, from its layout and embedded
+// profile, decided once and applied to any number of its bands.
+class CWorkingSpacePreparation {
+public:
+    // Throws CCliError for what the header alone shows to be unusable.
+    CWorkingSpacePreparation(CColorManager& manager, const SImageHeader& image);
+    ~CWorkingSpacePreparation();
+    CWorkingSpacePreparation(const CWorkingSpacePreparation&) = delete;
+    CWorkingSpacePreparation& operator=(const CWorkingSpacePreparation&) = delete;
+
+    SImage Apply(const SImage& image) const;
+
+private:
+    CColorManager& m_manager;
+    std::unique_ptr<CProfileInMemory> m_profile;  // to convert from; null when no conversion is needed
+    std::vector<uint8_t> m_workingProfile;
+};
 
 // The four plates, cyan, magenta, yellow, black; 255 (65535) = no ink when
 // `invert` is set, else ink amounts.
