@@ -6,6 +6,7 @@
 
 #include "colormgr/ColorManager.h"
 #include "colormgr/ManagerTrace.h"
+#include "devices/ProfileFileName.h"
 
 namespace {
 constexpr UINT kDefaultMonitorProfileString = 10401;
@@ -48,18 +49,6 @@ vell::TSharedArray<wchar_t> DeviceText(const wchar_t* text) {
     vell::TSharedArray<wchar_t> copy(514);
     std::wcsncpy(copy.Get(), text, 513);
     return copy;
-}
-
-// The file name and extension of a path: what follows its last separator.
-CString FileNameOfPath(const wchar_t* path) {
-    CString full(path);
-    const int separator = std::max(full.ReverseFind(L'\\'), full.ReverseFind(L'/'));
-    CString fileName = separator >= 0 ? full.Mid(separator + 1) : full;
-    const int dot = fileName.ReverseFind(L'.');
-    CString result;
-    result.Format(L"%s%s", (dot >= 0 ? fileName.Left(dot) : fileName).GetString(),
-                  (dot >= 0 ? fileName.Mid(dot) : CString()).GetString());
-    return result;
 }
 
 bool MonitorInfoOfWindow(HWND window, MONITORINFOEXW& info) {
@@ -127,7 +116,7 @@ bool CColorManager::GetDisplayMonitorInfo() {
     if (size != 0) {
         std::vector<wchar_t> path(static_cast<size_t>(size) + 1, L'\0');
         if (!m_pfnGetStandardColorSpaceProfileW(nullptr, kWindowsColorSpace, path.data(), &size)) return false;
-        CString fileName = FileNameOfPath(path.data());
+        CString fileName = colormgr::FileNameOfPath(path.data());
         UpdateString(m_strMonitorProfile, const_cast<wchar_t*>(fileName.GetString()));
     } else {
         CString defaultName;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "colormgr/ColorManager.h"
+#include "devices/ProfileFileName.h"
 
 #ifndef HKEY_CURRENT_CONFIG
 #define HKEY_CURRENT_CONFIG ((HKEY)(ULONG_PTR)((LONG)0x80000005))
@@ -62,14 +63,7 @@ vell::TSharedArray<wchar_t> CColorManager::GetDefaultICMProfile(HDC hdc) {
             std::vector<wchar_t> path(static_cast<size_t>(size) + 1, L'\0');
             if (getProfile(hdc, &size, path.data())) {
                 path.back() = 0;
-                CString full(path.data());
-                const int separator = std::max(full.ReverseFind(L'\\'), full.ReverseFind(L'/'));
-                CString fileName = separator >= 0 ? full.Mid(separator + 1) : full;
-                const int dot = fileName.ReverseFind(L'.');
-                CString joined;
-                joined.Format(L"%s%s", (dot >= 0 ? fileName.Left(dot) : fileName).GetString(),
-                              (dot >= 0 ? fileName.Mid(dot) : CString()).GetString());
-                result = SharedText(joined);
+                result = SharedText(colormgr::FileNameOfPath(path.data()));
             }
         }
     }
