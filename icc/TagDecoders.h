@@ -38,8 +38,13 @@ inline constexpr uint32_t kXYZTypeSignature = 'XYZ ';
 // More values than this in a 'vcgt' table cannot be allocated here.
 inline constexpr uint64_t kMaxVCGTValues = uint64_t{1} << 24;
 
+// A short 'curv' tag claiming more entries than this is not allocated.
+inline constexpr uint32_t kMaxCurveEntries = uint32_t{1} << 24;
+
 // 'curv': count, then the single gamma or the entries (new[]). A tag shorter
-// than its count needs throws CVException(202); its entries are then left null.
+// than its count needs throws CVException(202) after its entries were
+// allocated and filled (zeros past the end): the caller still owns them. A
+// short tag claiming more than kMaxCurveEntries throws with the entries null.
 bool DecodeCurve(const TagBytes& tag, SICCCurveType& curve);
 
 // 'para': function type and parameter count, then DecodeParametricWords.
