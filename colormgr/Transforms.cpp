@@ -6,6 +6,7 @@
 #include "colormgr/ColorManager.h"
 #include "colormgr/ManagerTrace.h"
 #include "colormgr/SettingsAccess.h"
+#include "module/ColorDirectory.h"
 
 using namespace colormgr;
 
@@ -13,7 +14,6 @@ namespace {
 constexpr UINT kDefaultMonitorProfileString = 10401;
 constexpr unsigned long kVcgtTag = 0x76636774;  // 'vcgt'
 constexpr size_t kGammaRampValues = 768;
-constexpr DWORD kColorDirectorySize = 513;  // in the platform's byte unit; deliberately not the buffer's size
 
 bool IsPath(const wchar_t* name) { return std::wcschr(name, L':') || std::wcschr(name, L'\\'); }
 
@@ -24,13 +24,7 @@ CString JoinDirectory(const CString& directory, const wchar_t* name) {
 }
 }  // namespace
 
-CString CColorManager::ColorDirectory() {
-    wchar_t buffer[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, buffer, &size);
-    buffer[519] = 0;
-    return CString(buffer);
-}
+CString CColorManager::ColorDirectory() { return tesk::ColorDirectory(m_pfnGetColorDirectoryW); }
 
 // One attempt: a PROFILE_FILENAME record in a global block, the open, the
 // validity call (only its own result counts), and the block freed again.

@@ -13,7 +13,6 @@ constexpr UINT kDefaultMonitorProfileString = 10401;
 constexpr DWORD kDisplayDeviceSize = 840;  // the record's size on Win64
 constexpr DWORD kMonitorInfoSize = 104;
 constexpr DWORD kWindowsColorSpace = 0x57696E20;  // 'Win '
-constexpr DWORD kColorDirectorySize = 513;
 
 using PFN_EnumDisplayDevicesW = decltype(&::EnumDisplayDevicesW);
 
@@ -176,12 +175,8 @@ bool CColorManager::DisassociateAllMonitorProfiles(HWND& hWnd) {
 
 bool CColorManager::SetDisplayMonitorProfile(vell::TSharedArray<wchar_t>& strName) {
     if (strName.IsNull() || strName.Get()[0] == 0 || !m_hGDI32) return false;
-    wchar_t directory[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, directory, &size);
-    directory[519] = 0;
     CString path;
-    path.Format(L"%s\\%s", directory, strName.Get());
+    path.Format(L"%s\\%s", ColorDirectory().GetString(), strName.Get());
 
     HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
     auto setProfile = reinterpret_cast<decltype(&::SetICMProfileW)>(

@@ -13,7 +13,6 @@
 namespace {
 constexpr DWORD kInsufficientBuffer = 122;
 constexpr DWORD kDefaultProfilePathLength = 260;
-constexpr DWORD kColorDirectorySize = 513;
 
 using PFN_GetICMProfileW = decltype(&::GetICMProfileW);
 
@@ -88,12 +87,8 @@ void CColorManager::SetDefaultPrinterW(const wchar_t* pszPrinter) {
 
 bool CColorManager::SetupDC(HDC hdc) {
     if (m_eMode != VCM_MODE_PROFILES || m_strPrinterProfile.IsNull()) return false;
-    wchar_t directory[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, directory, &size);
-    directory[519] = 0;
     CString path;
-    path.Format(L"%s\\%s", directory, m_strPrinterProfile.Get());
+    path.Format(L"%s\\%s", ColorDirectory().GetString(), m_strPrinterProfile.Get());
     if (!::SetICMProfileW(hdc, const_cast<wchar_t*>(path.GetString()))) return false;
     return ::SetICMMode(hdc, ICM_ON) != 0;
 }

@@ -5,13 +5,12 @@
 
 #include "icc/BindProc.h"
 #include "icc/TagDecoders.h"
+#include "module/ColorDirectory.h"
 
 namespace {
 
 constexpr UINT kOwnCMYKProfileUS = 10403;
 constexpr UINT kOwnCMYKProfileEurope = 10402;
-// The platform counts this size in bytes, so only half the buffer is offered.
-constexpr DWORD kColorDirectorySize = 513;
 constexpr DWORD kTransformFlags = BEST_MODE | USE_RELATIVE_COLORIMETRIC;
 
 }  // namespace
@@ -215,10 +214,7 @@ void CICCColorProfile::GetColorDirectoryW(CString& directory, CString name) {
         directory += L"\\ColorProfile\\";
         return;
     }
-    wchar_t buffer[kColorDirectorySize] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, buffer, &size);
-    directory = buffer;
+    directory = tesk::ColorDirectory(m_pfnGetColorDirectoryW);
 }
 
 int CICCColorProfile::IsCustomColorProfile(CString name) {
