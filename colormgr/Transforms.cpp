@@ -7,6 +7,7 @@
 #include "colormgr/ManagerTrace.h"
 #include "colormgr/SettingsAccess.h"
 #include "module/ColorDirectory.h"
+#include "module/FileProfileRecord.h"
 
 using namespace colormgr;
 
@@ -33,20 +34,8 @@ HPROFILE CColorManager::OpenProfileOnce(const wchar_t* nameOrPath) {
     CString path = IsPath(nameOrPath) ? CString(nameOrPath) : JoinDirectory(directory, nameOrPath);
     if (!m_pfnOpenColorProfileW || !m_pfnIsColorProfileValid || !m_pfnCloseColorProfile) return nullptr;
 
-    const size_t length = static_cast<size_t>(path.GetLength());
-    HGLOBAL block = ::GlobalAlloc(GMEM_ZEROINIT, sizeof(PROFILE) + sizeof(wchar_t) * (length + 1));
-    if (!block) return nullptr;
-    auto* record = static_cast<PROFILE*>(::GlobalLock(block));
-    if (!record) {
-        ::GlobalFree(block);
-        return nullptr;
-    }
-    auto* text = reinterpret_cast<wchar_t*>(record + 1);
-    std::wmemcpy(text, path.GetString(), length + 1);
-    record->dwType = PROFILE_FILENAME;
-    record->pProfileData = text;
-    record->cbDataSize = static_cast<DWORD>(2 * (length + 1));  // the platform counts two bytes a character
-
+    PROFILE* record = tesk::AllocFileProfileRecord(path);
+    if (!record) return nullptr;
     HPROFILE profile = m_pfnOpenColorProfileW(record, PROFILE_READ, FILE_SHARE_READ, OPEN_EXISTING);
     if (profile) {
         BOOL valid = FALSE;
@@ -55,8 +44,7 @@ HPROFILE CColorManager::OpenProfileOnce(const wchar_t* nameOrPath) {
             profile = nullptr;
         }
     }
-    ::GlobalUnlock(block);
-    ::GlobalFree(::GlobalHandle(record));
+    tesk::FreeFileProfileRecord(record);
     return profile;
 }
 

@@ -6,6 +6,7 @@
 #include "icc/BindProc.h"
 #include "icc/TagDecoders.h"
 #include "module/ColorDirectory.h"
+#include "module/FileProfileRecord.h"
 
 namespace {
 
@@ -91,27 +92,9 @@ CString CICCColorProfile::BuildProfilePath(const wchar_t* name) {
     return path;
 }
 
-PROFILE* CICCColorProfile::AllocFileProfileRecord(const CString& path) {
-    const size_t length = static_cast<size_t>(path.GetLength());
-    HGLOBAL block = GlobalAlloc(GMEM_FIXED | GMEM_ZEROINIT, sizeof(PROFILE) + (length + 1) * sizeof(wchar_t));
-    if (!block) return nullptr;
-    auto* record = static_cast<PROFILE*>(block);
-    auto* text = reinterpret_cast<wchar_t*>(record + 1);
-    std::memcpy(text, path.GetString(), length * sizeof(wchar_t));
-    record->dwType = PROFILE_FILENAME;
-    record->pProfileData = text;
-    // Windows' byte count of the path and its terminator: two bytes a character.
-    record->cbDataSize = static_cast<DWORD>(2 * length + 2);
-    return record;
-}
-
-void CICCColorProfile::FreeFileProfileRecord(PROFILE* record) {
-    if (record) GlobalFree(GlobalHandle(record));
-}
-
 void* CICCColorProfile::OpenICCProfile(wchar_t* name) {
     if (!name || !m_pfnOpenColorProfileW || !m_pfnIsColorProfileValid) return nullptr;
-    PROFILE* record = AllocFileProfileRecord(BuildProfilePath(name));
+    PROFILE* record = tesk::AllocFileProfileRecord(BuildProfilePath(name));
     if (!record) return nullptr;
     HPROFILE handle = nullptr;
     try {
@@ -126,7 +109,7 @@ void* CICCColorProfile::OpenICCProfile(wchar_t* name) {
     } catch (...) {
         // Whatever was opened before the platform raised is handed back.
     }
-    FreeFileProfileRecord(record);
+    tesk::FreeFileProfileRecord(record);
     return handle;
 }
 

@@ -3,6 +3,7 @@
 #include "icc/ICCWriteColorProfile.h"
 
 #include "icc/BindProc.h"
+#include "module/FileProfileRecord.h"
 
 CICCWriteColorProfile::CICCWriteColorProfile() {
     BindWriterFunctions();
@@ -71,11 +72,11 @@ void CICCWriteColorProfile::CopyWriterState(const CICCWriteColorProfile& other) 
 bool CICCWriteColorProfile::OpenICCProfileForWrite(const wchar_t* name) {
     if (!name) return false;
     HPROFILE opened = nullptr;
-    if (PROFILE* record = AllocFileProfileRecord(BuildProfilePath(name))) {
+    if (PROFILE* record = tesk::AllocFileProfileRecord(BuildProfilePath(name))) {
         if (m_pfnOpenColorProfileW)
             opened = m_pfnOpenColorProfileW(record, PROFILE_READWRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                             CREATE_ALWAYS);
-        FreeFileProfileRecord(record);
+        tesk::FreeFileProfileRecord(record);
     }
     if (m_hProfile) CloseProfile();
     if (!opened) return false;
