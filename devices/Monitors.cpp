@@ -7,6 +7,7 @@
 #include "colormgr/ColorManager.h"
 #include "colormgr/ManagerTrace.h"
 #include "devices/ProfileFileName.h"
+#include "module/BindProc.h"
 
 namespace {
 constexpr UINT kDefaultMonitorProfileString = 10401;
@@ -21,9 +22,7 @@ class CUser32Devices {
 public:
     CUser32Devices() {
         m_hModule = ::LoadLibraryW(L"User32.DLL");
-        if (m_hModule)
-            m_pfnEnum = reinterpret_cast<PFN_EnumDisplayDevicesW>(
-                reinterpret_cast<void*>(::GetProcAddress(m_hModule, "EnumDisplayDevicesW")));
+        tesk::BindProc(m_hModule, "EnumDisplayDevicesW", m_pfnEnum);
     }
     ~CUser32Devices() {
         if (m_hModule) ::FreeLibrary(m_hModule);
@@ -179,8 +178,8 @@ bool CColorManager::SetDisplayMonitorProfile(vell::TSharedArray<wchar_t>& strNam
     path.Format(L"%s\\%s", ColorDirectory().GetString(), strName.Get());
 
     HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-    auto setProfile = reinterpret_cast<decltype(&::SetICMProfileW)>(
-        reinterpret_cast<void*>(::GetProcAddress(m_hGDI32, "SetICMProfileW")));
+    decltype(&::SetICMProfileW) setProfile = nullptr;
+    tesk::BindProc(m_hGDI32, "SetICMProfileW", setProfile);
     bool result = false;
     if (setProfile) result = setProfile(dc, const_cast<wchar_t*>(path.GetString())) != FALSE;
     if (dc) ::DeleteDC(dc);

@@ -5,6 +5,7 @@
 
 #include "colormgr/ColorManager.h"
 #include "devices/ProfileFileName.h"
+#include "module/BindProc.h"
 
 #ifndef HKEY_CURRENT_CONFIG
 #define HKEY_CURRENT_CONFIG ((HKEY)(ULONG_PTR)((LONG)0x80000005))
@@ -44,8 +45,8 @@ vell::TSharedArray<wchar_t> CColorManager::GetDefaultPrinterName() {
 vell::TSharedArray<wchar_t> CColorManager::GetDefaultICMProfile(HDC hdc) {
     HMODULE gdi = ::LoadLibraryW(L"Gdi32.DLL");
     if (!gdi) return {};
-    auto getProfile =
-        reinterpret_cast<PFN_GetICMProfileW>(reinterpret_cast<void*>(::GetProcAddress(gdi, "GetICMProfileW")));
+    PFN_GetICMProfileW getProfile = nullptr;
+    tesk::BindProc(gdi, "GetICMProfileW", getProfile);
     vell::TSharedArray<wchar_t> result;
     if (getProfile) {
         DWORD size = 0;

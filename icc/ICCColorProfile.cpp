@@ -3,8 +3,8 @@
 #include <cstring>
 #include <vector>
 
-#include "icc/BindProc.h"
 #include "icc/TagDecoders.h"
+#include "module/BindProc.h"
 #include "module/ColorDirectory.h"
 #include "module/FileProfileRecord.h"
 
@@ -65,16 +65,16 @@ bool CICCColorProfile::LoadPlatformModules() {
 void CICCColorProfile::BindPlatformFunctions(bool bindProfileFromHandle) {
     if (!LoadPlatformModules()) return;
     HMODULE mscms = m_hMSCMS;
-    if (!tesk::icc::BindProc(mscms, "GetColorProfileHeader", m_pfnGetColorProfileHeader) ||
-        !tesk::icc::BindProc(mscms, "GetCountColorProfileElements", m_pfnGetCountColorProfileElements) ||
-        !tesk::icc::BindProc(mscms, "GetColorDirectoryW", m_pfnGetColorDirectoryW) ||
-        !tesk::icc::BindProc(mscms, "OpenColorProfileW", m_pfnOpenColorProfileW) ||
-        !tesk::icc::BindProc(mscms, "CloseColorProfile", m_pfnCloseColorProfile) ||
-        !tesk::icc::BindProc(mscms, "IsColorProfileValid", m_pfnIsColorProfileValid))
+    if (!tesk::BindProc(mscms, "GetColorProfileHeader", m_pfnGetColorProfileHeader) ||
+        !tesk::BindProc(mscms, "GetCountColorProfileElements", m_pfnGetCountColorProfileElements) ||
+        !tesk::BindProc(mscms, "GetColorDirectoryW", m_pfnGetColorDirectoryW) ||
+        !tesk::BindProc(mscms, "OpenColorProfileW", m_pfnOpenColorProfileW) ||
+        !tesk::BindProc(mscms, "CloseColorProfile", m_pfnCloseColorProfile) ||
+        !tesk::BindProc(mscms, "IsColorProfileValid", m_pfnIsColorProfileValid))
         return;
-    if (bindProfileFromHandle) tesk::icc::BindProc(mscms, "GetColorProfileFromHandle", m_pfnGetColorProfileFromHandle);
-    if (tesk::icc::BindProc(mscms, "CreateMultiProfileTransform", m_pfnCreateMultiProfileTransform))
-        tesk::icc::BindProc(mscms, "DeleteColorTransform", m_pfnDeleteColorTransform);
+    if (bindProfileFromHandle) tesk::BindProc(mscms, "GetColorProfileFromHandle", m_pfnGetColorProfileFromHandle);
+    if (tesk::BindProc(mscms, "CreateMultiProfileTransform", m_pfnCreateMultiProfileTransform))
+        tesk::BindProc(mscms, "DeleteColorTransform", m_pfnDeleteColorTransform);
 }
 
 CString CICCColorProfile::BuildProfilePath(const wchar_t* name) {

@@ -2,7 +2,7 @@
 // through the platform, closing with a verdict, and the built-in self-check.
 #include "icc/ICCWriteColorProfile.h"
 
-#include "icc/BindProc.h"
+#include "module/BindProc.h"
 #include "module/FileProfileRecord.h"
 
 CICCWriteColorProfile::CICCWriteColorProfile() {
@@ -41,7 +41,7 @@ CICCWriteColorProfile& CICCWriteColorProfile::operator=(const CICCWriteColorProf
 void CICCWriteColorProfile::BindWriterFunctions() {
     // The base has loaded the colour modules already; a missing export only
     // leaves its own pointer null.
-    using tesk::icc::BindProc;
+    using tesk::BindProc;
     BindProc(m_hMSCMS, "SetColorProfileElement", m_pfnSetColorProfileElement);
     BindProc(m_hMSCMS, "SetColorProfileHeader", m_pfnSetColorProfileHeader);
     BindProc(m_hMSCMS, "SetColorProfileElementReference", m_pfnSetColorProfileElementReference);
