@@ -7,27 +7,17 @@
 #include <cstdint>
 #include <string>
 
+#include <tesk/big_endian.h>
+
 #include "icc/ICCTypes.h"
 
 namespace tesk::icc {
 
-class TagBytes {
+// One tag's bytes; its first word is the tag's type.
+class TagBytes : public BigEndianReader {
 public:
-    TagBytes(const uint8_t* data, uint64_t size) : m_pData(data), m_nSize(data ? size : 0) {}
-
-    uint64_t Size() const { return m_nSize; }
-    uint8_t U8(uint64_t offset) const { return offset < m_nSize ? m_pData[offset] : 0; }
-    uint16_t U16(uint64_t offset) const {
-        return static_cast<uint16_t>((U8(offset) << 8) | U8(offset + 1));
-    }
-    uint32_t U32(uint64_t offset) const {
-        return (static_cast<uint32_t>(U16(offset)) << 16) | U16(offset + 2);
-    }
+    using BigEndianReader::BigEndianReader;
     uint32_t TypeSignature() const { return U32(0); }
-
-private:
-    const uint8_t* m_pData;
-    uint64_t m_nSize;
 };
 
 inline constexpr uint32_t kDescTypeSignature = 'desc';
