@@ -1,5 +1,6 @@
 // The colour directory, standard colour-space profiles, install and uninstall.
 #include <icm.h>
+#include <tesk/device_associations.h>
 #include <tesk/path.h>
 #include <windows.h>
 
@@ -7,7 +8,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "associations.h"
 #include "builtin_srgb.h"
 #include "color_directory.h"
 #include "installed_profiles.h"
@@ -115,7 +115,7 @@ BOOL WINAPI UninstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName, BOO
     if (!IsLocalMachine(pMachineName) || !TextArgument(pProfileName, name)) return FALSE;
     const std::string fileName = FileName(ProfilePath(name));
     if (fileName.empty() || !IsInstalled(fileName)) return Fail(ERROR_PROFILE_NOT_FOUND);
-    if (!ForgetProfileInAssociations(fileName) || !SetUninstalled(fileName, true)) return Fail(ERROR_WRITE_FAULT);
+    if (!tesk::associations::Forget(fileName) || !SetUninstalled(fileName, true)) return Fail(ERROR_WRITE_FAULT);
     if (bDelete) {
         std::error_code error;
         if (!fs::remove(ColorDirectory() + "/" + fileName, error)) return Fail(ERROR_ACCESS_DENIED);
