@@ -1,32 +1,29 @@
 #include "cli/ProfileHeader.h"
 
-namespace teskcolor {
+#include <tesk/big_endian.h>
 
-namespace {
-uint32_t Be32(const uint8_t* p) { return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3]; }
-uint16_t Be16(const uint8_t* p) { return uint16_t(p[0] << 8 | p[1]); }
-double S15Fixed16(const uint8_t* p) { return int32_t(Be32(p)) / 65536.0; }
-}  // namespace
+namespace teskcolor {
 
 std::optional<SProfileHeader> ParseProfileHeader(const uint8_t* data, size_t size) {
     if (!data || size < 128) return std::nullopt;
+    const tesk::BigEndianReader bytes(data, 128);
     SProfileHeader header;
-    header.size = Be32(data);
-    header.cmmType = Be32(data + 4);
-    header.version = Be32(data + 8);
-    header.deviceClass = Be32(data + 12);
-    header.dataColorSpace = Be32(data + 16);
-    header.connectionSpace = Be32(data + 20);
-    for (int i = 0; i < 6; ++i) header.dateTime[i] = Be16(data + 24 + 2 * i);
-    header.signature = Be32(data + 36);
-    header.platform = Be32(data + 40);
-    header.flags = Be32(data + 44);
-    header.manufacturer = Be32(data + 48);
-    header.model = Be32(data + 52);
-    header.attributes = uint64_t(Be32(data + 56)) << 32 | Be32(data + 60);
-    header.renderingIntent = Be32(data + 64);
-    for (int i = 0; i < 3; ++i) header.illuminant[i] = S15Fixed16(data + 68 + 4 * i);
-    header.creator = Be32(data + 80);
+    header.size = bytes.U32(0);
+    header.cmmType = bytes.U32(4);
+    header.version = bytes.U32(8);
+    header.deviceClass = bytes.U32(12);
+    header.dataColorSpace = bytes.U32(16);
+    header.connectionSpace = bytes.U32(20);
+    for (int i = 0; i < 6; ++i) header.dateTime[i] = bytes.U16(24 + 2 * i);
+    header.signature = bytes.U32(36);
+    header.platform = bytes.U32(40);
+    header.flags = bytes.U32(44);
+    header.manufacturer = bytes.U32(48);
+    header.model = bytes.U32(52);
+    header.attributes = uint64_t{bytes.U32(56)} << 32 | bytes.U32(60);
+    header.renderingIntent = bytes.U32(64);
+    for (int i = 0; i < 3; ++i) header.illuminant[i] = static_cast<int32_t>(bytes.U32(68 + 4 * i)) / 65536.0;
+    header.creator = bytes.U32(80);
     return header;
 }
 

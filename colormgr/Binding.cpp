@@ -1,13 +1,12 @@
 // Binding of the platform colour functions by name. The order of look-up is
 // fixed: a missing export stops the chain and leaves the rest unbound.
 #include "colormgr/ColorManager.h"
+#include "module/BindProc.h"
 
 namespace {
 template <typename Pointer>
 void BindExport(bool& loaded, HMODULE module, const char* name, Pointer& target) {
-    if (!loaded) return;
-    target = reinterpret_cast<Pointer>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
-    if (!target) loaded = false;
+    if (loaded && !tesk::BindProc(module, name, target)) loaded = false;
 }
 }  // namespace
 

@@ -6,6 +6,8 @@
 #include "colormgr/ColorManager.h"
 #include "colormgr/ManagerTrace.h"
 #include "colormgr/SettingsAccess.h"
+#include "module/ColorDirectory.h"
+#include "module/FileProfileRecord.h"
 
 using namespace colormgr;
 
@@ -13,7 +15,6 @@ namespace {
 constexpr UINT kDefaultMonitorProfileString = 10401;
 constexpr unsigned long kVcgtTag = 0x76636774;  // 'vcgt'
 constexpr size_t kGammaRampValues = 768;
-constexpr DWORD kColorDirectorySize = 513;  // in the platform's byte unit; deliberately not the buffer's size
 
 bool IsPath(const wchar_t* name) { return std::wcschr(name, L':') || std::wcschr(name, L'\\'); }
 
@@ -24,13 +25,7 @@ CString JoinDirectory(const CString& directory, const wchar_t* name) {
 }
 }  // namespace
 
-CString CColorManager::ColorDirectory() {
-    wchar_t buffer[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, buffer, &size);
-    buffer[519] = 0;
-    return CString(buffer);
-}
+CString CColorManager::ColorDirectory() { return tesk::ColorDirectory(m_pfnGetColorDirectoryW); }
 
 // One attempt: a PROFILE_FILENAME record in a global block, the open, the
 // validity call (only its own result counts), and the block freed again.
@@ -39,20 +34,8 @@ HPROFILE CColorManager::OpenProfileOnce(const wchar_t* nameOrPath) {
     CString path = IsPath(nameOrPath) ? CString(nameOrPath) : JoinDirectory(directory, nameOrPath);
     if (!m_pfnOpenColorProfileW || !m_pfnIsColorProfileValid || !m_pfnCloseColorProfile) return nullptr;
 
-    const size_t length = static_cast<size_t>(path.GetLength());
-    HGLOBAL block = ::GlobalAlloc(GMEM_ZEROINIT, sizeof(PROFILE) + sizeof(wchar_t) * (length + 1));
-    if (!block) return nullptr;
-    auto* record = static_cast<PROFILE*>(::GlobalLock(block));
-    if (!record) {
-        ::GlobalFree(block);
-        return nullptr;
-    }
-    auto* text = reinterpret_cast<wchar_t*>(record + 1);
-    std::wmemcpy(text, path.GetString(), length + 1);
-    record->dwType = PROFILE_FILENAME;
-    record->pProfileData = text;
-    record->cbDataSize = static_cast<DWORD>(2 * (length + 1));  // the platform counts two bytes a character
-
+    PROFILE* record = tesk::AllocFileProfileRecord(path);
+    if (!record) return nullptr;
     HPROFILE profile = m_pfnOpenColorProfileW(record, PROFILE_READ, FILE_SHARE_READ, OPEN_EXISTING);
     if (profile) {
         BOOL valid = FALSE;
@@ -61,8 +44,7 @@ HPROFILE CColorManager::OpenProfileOnce(const wchar_t* nameOrPath) {
             profile = nullptr;
         }
     }
-    ::GlobalUnlock(block);
-    ::GlobalFree(::GlobalHandle(record));
+    tesk::FreeFileProfileRecord(record);
     return profile;
 }
 

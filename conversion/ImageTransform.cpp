@@ -277,19 +277,21 @@ void CColorManager::TransformColor(DWORD& color) {
 }
 
 bool CColorManager::ProcessColors(RGBQUAD* input, RGBQUAD* output, int count) {
-    if (!input || !output || count <= 0) return false;
+    // The table holds 256 colours; a negative count converts none. Within
+    // that the platform sees the count as given, even 0.
+    const int colours = std::clamp(count, 0, kPaletteEntries);
+    if (colours > 0 && (!input || !output)) return false;
     if (m_eMode == VCM_MODE_PROFILES && m_hImageTransform && m_pfnTranslateBitmapBits) {
-        count = std::min(count, kPaletteEntries);
         BYTE table[kPaletteEntries * 3] = {};
-        for (int i = 0; i < count; ++i) std::memcpy(&table[i * 3], &input[i], 3);
-        if (!m_pfnTranslateBitmapBits(m_hImageTransform, table, BM_RGBTRIPLETS, static_cast<DWORD>(count), 1,
-                                      static_cast<DWORD>(count), table, BM_RGBTRIPLETS, static_cast<DWORD>(count),
-                                      nullptr, 0))
+        for (int i = 0; i < colours; ++i) std::memcpy(&table[i * 3], &input[i], 3);
+        if (!m_pfnTranslateBitmapBits(m_hImageTransform, table, BM_RGBTRIPLETS, static_cast<DWORD>(colours), 1,
+                                      static_cast<DWORD>(colours), table, BM_RGBTRIPLETS,
+                                      static_cast<DWORD>(colours), nullptr, 0))
             return false;
-        for (int i = 0; i < count; ++i) std::memcpy(&output[i], &table[i * 3], 3);
+        for (int i = 0; i < colours; ++i) std::memcpy(&output[i], &table[i * 3], 3);
         return true;
     }
-    std::memmove(output, input, static_cast<size_t>(count) * sizeof(RGBQUAD));
+    if (count > 0) std::memmove(output, input, static_cast<size_t>(count) * sizeof(RGBQUAD));
     return false;
 }
 

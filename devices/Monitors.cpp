@@ -7,13 +7,13 @@
 #include "colormgr/ColorManager.h"
 #include "colormgr/ManagerTrace.h"
 #include "devices/ProfileFileName.h"
+#include "module/BindProc.h"
 
 namespace {
 constexpr UINT kDefaultMonitorProfileString = 10401;
 constexpr DWORD kDisplayDeviceSize = 840;  // the record's size on Win64
 constexpr DWORD kMonitorInfoSize = 104;
 constexpr DWORD kWindowsColorSpace = 0x57696E20;  // 'Win '
-constexpr DWORD kColorDirectorySize = 513;
 
 using PFN_EnumDisplayDevicesW = decltype(&::EnumDisplayDevicesW);
 
@@ -22,9 +22,7 @@ class CUser32Devices {
 public:
     CUser32Devices() {
         m_hModule = ::LoadLibraryW(L"User32.DLL");
-        if (m_hModule)
-            m_pfnEnum = reinterpret_cast<PFN_EnumDisplayDevicesW>(
-                reinterpret_cast<void*>(::GetProcAddress(m_hModule, "EnumDisplayDevicesW")));
+        tesk::BindProc(m_hModule, "EnumDisplayDevicesW", m_pfnEnum);
     }
     ~CUser32Devices() {
         if (m_hModule) ::FreeLibrary(m_hModule);
@@ -176,16 +174,12 @@ bool CColorManager::DisassociateAllMonitorProfiles(HWND& hWnd) {
 
 bool CColorManager::SetDisplayMonitorProfile(vell::TSharedArray<wchar_t>& strName) {
     if (strName.IsNull() || strName.Get()[0] == 0 || !m_hGDI32) return false;
-    wchar_t directory[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, directory, &size);
-    directory[519] = 0;
     CString path;
-    path.Format(L"%s\\%s", directory, strName.Get());
+    path.Format(L"%s\\%s", ColorDirectory().GetString(), strName.Get());
 
     HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-    auto setProfile = reinterpret_cast<decltype(&::SetICMProfileW)>(
-        reinterpret_cast<void*>(::GetProcAddress(m_hGDI32, "SetICMProfileW")));
+    decltype(&::SetICMProfileW) setProfile = nullptr;
+    tesk::BindProc(m_hGDI32, "SetICMProfileW", setProfile);
     bool result = false;
     if (setProfile) result = setProfile(dc, const_cast<wchar_t*>(path.GetString())) != FALSE;
     if (dc) ::DeleteDC(dc);

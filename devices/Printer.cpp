@@ -5,6 +5,7 @@
 
 #include "colormgr/ColorManager.h"
 #include "devices/ProfileFileName.h"
+#include "module/BindProc.h"
 
 #ifndef HKEY_CURRENT_CONFIG
 #define HKEY_CURRENT_CONFIG ((HKEY)(ULONG_PTR)((LONG)0x80000005))
@@ -13,7 +14,6 @@
 namespace {
 constexpr DWORD kInsufficientBuffer = 122;
 constexpr DWORD kDefaultProfilePathLength = 260;
-constexpr DWORD kColorDirectorySize = 513;
 
 using PFN_GetICMProfileW = decltype(&::GetICMProfileW);
 
@@ -45,8 +45,8 @@ vell::TSharedArray<wchar_t> CColorManager::GetDefaultPrinterName() {
 vell::TSharedArray<wchar_t> CColorManager::GetDefaultICMProfile(HDC hdc) {
     HMODULE gdi = ::LoadLibraryW(L"Gdi32.DLL");
     if (!gdi) return {};
-    auto getProfile =
-        reinterpret_cast<PFN_GetICMProfileW>(reinterpret_cast<void*>(::GetProcAddress(gdi, "GetICMProfileW")));
+    PFN_GetICMProfileW getProfile = nullptr;
+    tesk::BindProc(gdi, "GetICMProfileW", getProfile);
     vell::TSharedArray<wchar_t> result;
     if (getProfile) {
         DWORD size = 0;
@@ -88,12 +88,8 @@ void CColorManager::SetDefaultPrinterW(const wchar_t* pszPrinter) {
 
 bool CColorManager::SetupDC(HDC hdc) {
     if (m_eMode != VCM_MODE_PROFILES || m_strPrinterProfile.IsNull()) return false;
-    wchar_t directory[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, directory, &size);
-    directory[519] = 0;
     CString path;
-    path.Format(L"%s\\%s", directory, m_strPrinterProfile.Get());
+    path.Format(L"%s\\%s", ColorDirectory().GetString(), m_strPrinterProfile.Get());
     if (!::SetICMProfileW(hdc, const_cast<wchar_t*>(path.GetString()))) return false;
     return ::SetICMMode(hdc, ICM_ON) != 0;
 }

@@ -9,17 +9,9 @@
 
 using namespace colormgr;
 
-namespace {
-constexpr DWORD kColorDirectorySize = 513;  // the platform's byte unit; deliberately not the buffer's size
-}
-
 void CColorManager::GetColorDirectoryW(CString& strDir, bool bX64) {
     if (bX64) Trace(CM_TRACE_INFO(L"CColorManager::GetColorDirectoryW"), kX64EngagedMessage);
-    wchar_t buffer[520] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, buffer, &size);
-    buffer[519] = 0;
-    strDir = buffer;
+    strDir = ColorDirectory();
 }
 
 bool CColorManager::ScanColorDirectory(std::list<SSetupProfile>& list, bool cmyk) {

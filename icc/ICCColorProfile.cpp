@@ -3,15 +3,15 @@
 #include <cstring>
 #include <vector>
 
-#include "icc/BindProc.h"
 #include "icc/TagDecoders.h"
+#include "module/BindProc.h"
+#include "module/ColorDirectory.h"
+#include "module/FileProfileRecord.h"
 
 namespace {
 
 constexpr UINT kOwnCMYKProfileUS = 10403;
 constexpr UINT kOwnCMYKProfileEurope = 10402;
-// The platform counts this size in bytes, so only half the buffer is offered.
-constexpr DWORD kColorDirectorySize = 513;
 constexpr DWORD kTransformFlags = BEST_MODE | USE_RELATIVE_COLORIMETRIC;
 
 }  // namespace
@@ -65,16 +65,16 @@ bool CICCColorProfile::LoadPlatformModules() {
 void CICCColorProfile::BindPlatformFunctions(bool bindProfileFromHandle) {
     if (!LoadPlatformModules()) return;
     HMODULE mscms = m_hMSCMS;
-    if (!tesk::icc::BindProc(mscms, "GetColorProfileHeader", m_pfnGetColorProfileHeader) ||
-        !tesk::icc::BindProc(mscms, "GetCountColorProfileElements", m_pfnGetCountColorProfileElements) ||
-        !tesk::icc::BindProc(mscms, "GetColorDirectoryW", m_pfnGetColorDirectoryW) ||
-        !tesk::icc::BindProc(mscms, "OpenColorProfileW", m_pfnOpenColorProfileW) ||
-        !tesk::icc::BindProc(mscms, "CloseColorProfile", m_pfnCloseColorProfile) ||
-        !tesk::icc::BindProc(mscms, "IsColorProfileValid", m_pfnIsColorProfileValid))
+    if (!tesk::BindProc(mscms, "GetColorProfileHeader", m_pfnGetColorProfileHeader) ||
+        !tesk::BindProc(mscms, "GetCountColorProfileElements", m_pfnGetCountColorProfileElements) ||
+        !tesk::BindProc(mscms, "GetColorDirectoryW", m_pfnGetColorDirectoryW) ||
+        !tesk::BindProc(mscms, "OpenColorProfileW", m_pfnOpenColorProfileW) ||
+        !tesk::BindProc(mscms, "CloseColorProfile", m_pfnCloseColorProfile) ||
+        !tesk::BindProc(mscms, "IsColorProfileValid", m_pfnIsColorProfileValid))
         return;
-    if (bindProfileFromHandle) tesk::icc::BindProc(mscms, "GetColorProfileFromHandle", m_pfnGetColorProfileFromHandle);
-    if (tesk::icc::BindProc(mscms, "CreateMultiProfileTransform", m_pfnCreateMultiProfileTransform))
-        tesk::icc::BindProc(mscms, "DeleteColorTransform", m_pfnDeleteColorTransform);
+    if (bindProfileFromHandle) tesk::BindProc(mscms, "GetColorProfileFromHandle", m_pfnGetColorProfileFromHandle);
+    if (tesk::BindProc(mscms, "CreateMultiProfileTransform", m_pfnCreateMultiProfileTransform))
+        tesk::BindProc(mscms, "DeleteColorTransform", m_pfnDeleteColorTransform);
 }
 
 CString CICCColorProfile::BuildProfilePath(const wchar_t* name) {
@@ -92,27 +92,9 @@ CString CICCColorProfile::BuildProfilePath(const wchar_t* name) {
     return path;
 }
 
-PROFILE* CICCColorProfile::AllocFileProfileRecord(const CString& path) {
-    const size_t length = static_cast<size_t>(path.GetLength());
-    HGLOBAL block = GlobalAlloc(GMEM_FIXED | GMEM_ZEROINIT, sizeof(PROFILE) + (length + 1) * sizeof(wchar_t));
-    if (!block) return nullptr;
-    auto* record = static_cast<PROFILE*>(block);
-    auto* text = reinterpret_cast<wchar_t*>(record + 1);
-    std::memcpy(text, path.GetString(), length * sizeof(wchar_t));
-    record->dwType = PROFILE_FILENAME;
-    record->pProfileData = text;
-    // Windows' byte count of the path and its terminator: two bytes a character.
-    record->cbDataSize = static_cast<DWORD>(2 * length + 2);
-    return record;
-}
-
-void CICCColorProfile::FreeFileProfileRecord(PROFILE* record) {
-    if (record) GlobalFree(GlobalHandle(record));
-}
-
 void* CICCColorProfile::OpenICCProfile(wchar_t* name) {
     if (!name || !m_pfnOpenColorProfileW || !m_pfnIsColorProfileValid) return nullptr;
-    PROFILE* record = AllocFileProfileRecord(BuildProfilePath(name));
+    PROFILE* record = tesk::AllocFileProfileRecord(BuildProfilePath(name));
     if (!record) return nullptr;
     HPROFILE handle = nullptr;
     try {
@@ -127,7 +109,7 @@ void* CICCColorProfile::OpenICCProfile(wchar_t* name) {
     } catch (...) {
         // Whatever was opened before the platform raised is handed back.
     }
-    FreeFileProfileRecord(record);
+    tesk::FreeFileProfileRecord(record);
     return handle;
 }
 
@@ -215,10 +197,7 @@ void CICCColorProfile::GetColorDirectoryW(CString& directory, CString name) {
         directory += L"\\ColorProfile\\";
         return;
     }
-    wchar_t buffer[kColorDirectorySize] = {};
-    DWORD size = kColorDirectorySize;
-    if (m_pfnGetColorDirectoryW) m_pfnGetColorDirectoryW(nullptr, buffer, &size);
-    directory = buffer;
+    directory = tesk::ColorDirectory(m_pfnGetColorDirectoryW);
 }
 
 int CICCColorProfile::IsCustomColorProfile(CString name) {

@@ -54,10 +54,6 @@ protected:
     // The path a name stands for: as it is when it holds ':' or '\\', else
     // the name in its colour directory.
     CString BuildProfilePath(const wchar_t* name);
-    // A zeroed GlobalAlloc block: a PROFILE_FILENAME record followed by the
-    // path it points to. Null when the block cannot be had.
-    static PROFILE* AllocFileProfileRecord(const CString& path);
-    static void FreeFileProfileRecord(PROFILE* record);
 
     // Loads ICMUI.DLL then MSCMS.DLL into the two module slots with critical
     // error boxes off; true when both loaded.

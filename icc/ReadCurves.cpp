@@ -93,8 +93,11 @@ bool CICCReadColorProfile::GetParaFunc(SICCParametricCurveType& curve, unsigned 
 double CICCReadColorProfile::GetGammaValue(unsigned long tag) {
     TRCCURVE curve;
     std::memset(&curve, 0, sizeof(curve));
-    if (!GetTRC(tag, curve))
+    if (!GetTRC(tag, curve)) {
+        // A cut sampled curve still comes back with its entries.
+        ReleaseEntries(curve);
         throw std::logic_error("The ICC Profile has been corrupted, error in retrieving the Red TRC value.");
+    }
     if (curve.m_nSignature == kCurveTypeSignature) {
         if (curve.m_curve.m_nCount == 1) return curve.m_curve.m_fGamma;
         if (curve.m_curve.m_nCount >= 2) {

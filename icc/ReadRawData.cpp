@@ -1,8 +1,8 @@
 #include <cstring>
 
-#include "icc/BindProc.h"
 #include "icc/ICCReadColorProfile.h"
 #include "icc/TagDecoders.h"
+#include "module/BindProc.h"
 #include "module/Trace.h"
 
 namespace {
@@ -29,7 +29,7 @@ CICCReadColorProfile::CICCReadColorProfile(const CICCReadColorProfile& other) : 
 void CICCReadColorProfile::BindReaderFunctions(bool bindElementWriters) {
     // A second reference to each module, kept for the life of the process.
     LoadPlatformModules();
-    using tesk::icc::BindProc;
+    using tesk::BindProc;
     if (!BindProc(m_hMSCMS, "GetColorProfileElementTag", m_pfnGetColorProfileElementTag) ||
         !BindProc(m_hMSCMS, "GetColorProfileElement", m_pfnGetColorProfileElement))
         return;

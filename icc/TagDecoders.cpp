@@ -24,14 +24,17 @@ bool DecodeCurve(const TagBytes& tag, SICCCurveType& curve) {
     curve.m_nCount = count;
     curve.m_pEntries = nullptr;
     const bool shortTag = tag.Size() < CurveBytesNeeded(count);
-    if (count >= 2 && !shortTag) {
-        curve.m_pEntries = new uint16_t[count]();
+    if (count >= 2) {
+        // The entries are read as far as the count says, zeros past the tag's
+        // end, and only then is the length checked; a short tag claiming more
+        // than kMaxCurveEntries is refused before anything is allocated.
+        if (shortTag && count > kMaxCurveEntries) throw CVException(kShortCurveTag);
+        curve.m_pEntries = new (std::nothrow) uint16_t[count]();
+        if (!curve.m_pEntries) throw CVException(kShortCurveTag);
         for (uint32_t i = 0; i < count; ++i) curve.m_pEntries[i] = tag.U16(12 + 2 * uint64_t{i});
     } else if (count == 1) {
         curve.m_fGamma = static_cast<float>(tag.U16(12)) * 0.00390625f;
     }
-    // A short tag is refused after decoding what it holds; a sampled curve's
-    // entries are not even allocated then, since no caller may use them.
     if (shortTag) throw CVException(kShortCurveTag);
     return true;
 }

@@ -7,27 +7,17 @@
 #include <cstdint>
 #include <string>
 
+#include <tesk/big_endian.h>
+
 #include "icc/ICCTypes.h"
 
 namespace tesk::icc {
 
-class TagBytes {
+// One tag's bytes; its first word is the tag's type.
+class TagBytes : public BigEndianReader {
 public:
-    TagBytes(const uint8_t* data, uint64_t size) : m_pData(data), m_nSize(data ? size : 0) {}
-
-    uint64_t Size() const { return m_nSize; }
-    uint8_t U8(uint64_t offset) const { return offset < m_nSize ? m_pData[offset] : 0; }
-    uint16_t U16(uint64_t offset) const {
-        return static_cast<uint16_t>((U8(offset) << 8) | U8(offset + 1));
-    }
-    uint32_t U32(uint64_t offset) const {
-        return (static_cast<uint32_t>(U16(offset)) << 16) | U16(offset + 2);
-    }
+    using BigEndianReader::BigEndianReader;
     uint32_t TypeSignature() const { return U32(0); }
-
-private:
-    const uint8_t* m_pData;
-    uint64_t m_nSize;
 };
 
 inline constexpr uint32_t kDescTypeSignature = 'desc';
@@ -38,8 +28,13 @@ inline constexpr uint32_t kXYZTypeSignature = 'XYZ ';
 // More values than this in a 'vcgt' table cannot be allocated here.
 inline constexpr uint64_t kMaxVCGTValues = uint64_t{1} << 24;
 
+// A short 'curv' tag claiming more entries than this is not allocated.
+inline constexpr uint32_t kMaxCurveEntries = uint32_t{1} << 24;
+
 // 'curv': count, then the single gamma or the entries (new[]). A tag shorter
-// than its count needs throws CVException(202); its entries are then left null.
+// than its count needs throws CVException(202) after its entries were
+// allocated and filled (zeros past the end): the caller still owns them. A
+// short tag claiming more than kMaxCurveEntries throws with the entries null.
 bool DecodeCurve(const TagBytes& tag, SICCCurveType& curve);
 
 // 'para': function type and parameter count, then DecodeParametricWords.

@@ -7,27 +7,20 @@
 #include <memory>
 #include <new>
 
+#include <tesk/big_endian.h>
+
 #include "icc/ICCWriteColorProfile.h"
 
 namespace {
+
+using tesk::PutBE16;
+using tesk::PutBE32;
 
 using TagBuffer = std::unique_ptr<uint8_t[]>;
 
 // Null when the size cannot be had; tags are written from these, never
 // from a partly built buffer.
 TagBuffer ZeroedBuffer(size_t size) { return TagBuffer(new (std::nothrow) uint8_t[size]()); }
-
-void PutBE32(uint8_t* place, uint32_t value) {
-    place[0] = static_cast<uint8_t>(value >> 24);
-    place[1] = static_cast<uint8_t>(value >> 16);
-    place[2] = static_cast<uint8_t>(value >> 8);
-    place[3] = static_cast<uint8_t>(value);
-}
-
-void PutBE16(uint8_t* place, uint16_t value) {
-    place[0] = static_cast<uint8_t>(value >> 8);
-    place[1] = static_cast<uint8_t>(value);
-}
 
 // Nearest s15Fixed16Number, saturating at the ends of its range.
 uint32_t ToS15Fixed16(double value) {

@@ -2,14 +2,13 @@
 
 #include <windows.h>
 #include <icm.h>
+#include <tesk/device_associations.h>
 #include <tesk/path.h>
 
 #include <cstdlib>
 #include <cwchar>
 #include <fstream>
 #include <functional>
-
-#include "associations.h"
 
 namespace tesk::gdi {
 namespace {
@@ -85,7 +84,8 @@ std::string StandardProfile() {
 std::vector<std::string> AssociatedProfiles(const std::wstring& device) {
     std::vector<std::string> paths;
     if (device.empty()) return paths;
-    for (const std::wstring& name : ReadAssociations(device)) paths.push_back(ResolveProfile(name.c_str()));
+    for (const std::string& name : associations::ProfilesOf(path::Utf8(device)))
+        paths.push_back(ResolveProfile(path::Wide(name).c_str()));
     return paths;
 }
 

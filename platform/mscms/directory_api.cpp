@@ -1,5 +1,6 @@
 // The colour directory, standard colour-space profiles, install and uninstall.
 #include <icm.h>
+#include <tesk/device_associations.h>
 #include <tesk/path.h>
 #include <windows.h>
 
@@ -7,7 +8,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "associations.h"
 #include "builtin_srgb.h"
 #include "color_directory.h"
 #include "installed_profiles.h"
@@ -19,9 +19,6 @@ using namespace tesk::mscms;
 using nlohmann::json;
 
 namespace {
-
-// Standard profile choices and the profiles uninstalled with their file kept.
-constexpr char kProfilesFile[] = "color_profiles.json";
 
 // 'sRGB' is kept as "sRGB"; identifiers that are not four printable
 // characters as their number.
@@ -37,47 +34,12 @@ BOOL Fail(DWORD error) {
     return FALSE;
 }
 
-std::vector<std::string> UninstalledNames(const json& document) {
-    std::vector<std::string> names;
-    if (auto it = document.find("uninstalled"); it != document.end() && it->is_array())
-        for (const json& entry : *it)
-            if (entry.is_string()) names.push_back(entry.get<std::string>());
-    return names;
-}
-
-bool SetUninstalled(const std::string& fileName, bool uninstalled) {
-    std::lock_guard lock(SettingsMutex());
-    json document = LoadSettings(kProfilesFile);
-    std::vector<std::string> names = UninstalledNames(document);
-    const auto it = std::find(names.begin(), names.end(), fileName);
-    if (uninstalled == (it != names.end())) return true;
-    if (uninstalled)
-        names.push_back(fileName);
-    else
-        names.erase(it);
-    document["uninstalled"] = names;
-    return SaveSettings(kProfilesFile, document);
-}
-
 bool SameFile(const std::string& a, const std::string& b) {
     std::error_code error;
     return fs::equivalent(a, b, error);
 }
 
 }  // namespace
-
-namespace tesk::mscms {
-
-bool IsInstalled(const std::string& fileName) {
-    const std::string directory = ColorDirectory();
-    std::error_code error;
-    if (directory.empty() || !fs::is_regular_file(directory + "/" + fileName, error)) return false;
-    std::lock_guard lock(SettingsMutex());
-    const std::vector<std::string> uninstalled = UninstalledNames(LoadSettings(kProfilesFile));
-    return std::find(uninstalled.begin(), uninstalled.end(), fileName) == uninstalled.end();
-}
-
-}  // namespace tesk::mscms
 
 // *pdwSize counts bytes, two a character.
 BOOL WINAPI GetColorDirectoryW(PCWSTR pMachineName, PWSTR pBuffer, PDWORD pdwSize) {
@@ -153,7 +115,7 @@ BOOL WINAPI UninstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName, BOO
     if (!IsLocalMachine(pMachineName) || !TextArgument(pProfileName, name)) return FALSE;
     const std::string fileName = FileName(ProfilePath(name));
     if (fileName.empty() || !IsInstalled(fileName)) return Fail(ERROR_PROFILE_NOT_FOUND);
-    if (!ForgetProfileInAssociations(fileName) || !SetUninstalled(fileName, true)) return Fail(ERROR_WRITE_FAULT);
+    if (!tesk::associations::Forget(fileName) || !SetUninstalled(fileName, true)) return Fail(ERROR_WRITE_FAULT);
     if (bDelete) {
         std::error_code error;
         if (!fs::remove(ColorDirectory() + "/" + fileName, error)) return Fail(ERROR_ACCESS_DENIED);

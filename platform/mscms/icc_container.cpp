@@ -5,6 +5,8 @@
 #include <set>
 #include <utility>
 
+#include <tesk/big_endian.h>
+
 namespace tesk::mscms {
 
 namespace {
@@ -39,35 +41,10 @@ bool IccContainer::IsShared(const IccTag& tag) const {
                        [&](const IccTag& other) { return &other != &tag && other.data == tag.data; });
 }
 
-uint32_t ReadBE32(std::span<const uint8_t> bytes, size_t offset) {
-    uint32_t value = 0;
-    for (size_t i = 0; i < 4; ++i) {
-        const size_t at = offset + i;
-        value = (value << 8) | (at >= offset && at < bytes.size() ? bytes[at] : 0);
-    }
-    return value;
-}
-
-uint16_t ReadBE16(std::span<const uint8_t> bytes, size_t offset) {
-    const auto byteAt = [&](size_t at) -> uint16_t { return at >= offset && at < bytes.size() ? bytes[at] : 0; };
-    return static_cast<uint16_t>((byteAt(offset) << 8) | byteAt(offset + 1));
-}
-
-void WriteBE32(uint8_t* place, uint32_t value) {
-    place[0] = static_cast<uint8_t>(value >> 24);
-    place[1] = static_cast<uint8_t>(value >> 16);
-    place[2] = static_cast<uint8_t>(value >> 8);
-    place[3] = static_cast<uint8_t>(value);
-}
-
-void WriteBE16(uint8_t* place, uint16_t value) {
-    place[0] = static_cast<uint8_t>(value >> 8);
-    place[1] = static_cast<uint8_t>(value);
-}
-
 std::optional<IccContainer> ParseIccContainer(std::span<const uint8_t> bytes) {
     if (bytes.size() < kTagTableOffset) return std::nullopt;
-    const uint32_t count = ReadBE32(bytes, kTagCountOffset);
+    const BigEndianReader reader(bytes);
+    const uint32_t count = reader.U32(kTagCountOffset);
     if (count > (bytes.size() - kTagTableOffset) / kIccTagEntrySize) return std::nullopt;
     const size_t dataStart = kTagTableOffset + size_t{count} * kIccTagEntrySize;
 
@@ -78,9 +55,9 @@ std::optional<IccContainer> ParseIccContainer(std::span<const uint8_t> bytes) {
     container.tags.reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         const size_t entry = kTagTableOffset + size_t{i} * kIccTagEntrySize;
-        const uint32_t signature = ReadBE32(bytes, entry);
-        const uint32_t offset = ReadBE32(bytes, entry + 4);
-        const uint32_t size = ReadBE32(bytes, entry + 8);
+        const uint32_t signature = reader.U32(entry);
+        const uint32_t offset = reader.U32(entry + 4);
+        const uint32_t size = reader.U32(entry + 8);
         if (offset < dataStart || offset > bytes.size() || size > bytes.size() - offset) return std::nullopt;
         if (!signatures.insert(signature).second) return std::nullopt;
         std::shared_ptr<Bytes>& data = dataByPlace[{offset, size}];
@@ -99,8 +76,8 @@ size_t SerializedSize(const IccContainer& container) {
 Bytes SerializeIccContainer(const IccContainer& container) {
     Bytes out(SerializedSize(container), 0);
     std::copy(container.header.begin(), container.header.end(), out.begin());
-    WriteBE32(&out[0], static_cast<uint32_t>(out.size()));
-    WriteBE32(&out[kTagCountOffset], static_cast<uint32_t>(container.tags.size()));
+    PutBE32(&out[0], static_cast<uint32_t>(out.size()));
+    PutBE32(&out[kTagCountOffset], static_cast<uint32_t>(container.tags.size()));
 
     std::map<const Bytes*, uint32_t> offsets;
     size_t next = kTagTableOffset + container.tags.size() * kIccTagEntrySize;
@@ -113,9 +90,9 @@ Bytes SerializeIccContainer(const IccContainer& container) {
     for (size_t i = 0; i < container.tags.size(); ++i) {
         const IccTag& tag = container.tags[i];
         uint8_t* entry = &out[kTagTableOffset + i * kIccTagEntrySize];
-        WriteBE32(entry, tag.signature);
-        WriteBE32(entry + 4, offsets[tag.data.get()]);
-        WriteBE32(entry + 8, static_cast<uint32_t>(tag.data->size()));
+        PutBE32(entry, tag.signature);
+        PutBE32(entry + 4, offsets[tag.data.get()]);
+        PutBE32(entry + 8, static_cast<uint32_t>(tag.data->size()));
     }
     return out;
 }

@@ -31,12 +31,6 @@ struct IccContainer {
     bool IsShared(const IccTag& tag) const;
 };
 
-// Big-endian readers that never leave `bytes`: what lies past the end reads as zero.
-uint32_t ReadBE32(std::span<const uint8_t> bytes, size_t offset);
-uint16_t ReadBE16(std::span<const uint8_t> bytes, size_t offset);
-void WriteBE32(uint8_t* place, uint32_t value);
-void WriteBE16(uint8_t* place, uint16_t value);
-
 // Nothing when the bytes are not a container: shorter than header and tag
 // count, a tag table running past the end, a tag whose data lie outside the
 // bytes or inside the header and tag table, or a signature given twice.

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <memory>
 
+#include <tesk/big_endian.h>
+
 namespace tesk::mscms {
 
 namespace {
@@ -44,8 +46,8 @@ int32_t S15Fixed16(double value) { return static_cast<int32_t>(std::lround(value
 
 Bytes XyzTag(const Xyz& xyz) {
     Bytes tag(20, 0);
-    WriteBE32(&tag[0], 'XYZ ');
-    for (int i = 0; i < 3; ++i) WriteBE32(&tag[8 + 4 * i], static_cast<uint32_t>(S15Fixed16(xyz[i])));
+    PutBE32(&tag[0], 'XYZ ');
+    for (int i = 0; i < 3; ++i) PutBE32(&tag[8 + 4 * i], static_cast<uint32_t>(S15Fixed16(xyz[i])));
     return tag;
 }
 
@@ -53,15 +55,15 @@ Bytes XyzTag(const Xyz& xyz) {
 Bytes DescTag(const std::string& text) {
     const size_t asciiCount = text.size() + 1;
     Bytes tag(12 + asciiCount + 8 + 3 + 67, 0);
-    WriteBE32(&tag[0], 'desc');
-    WriteBE32(&tag[8], static_cast<uint32_t>(asciiCount));
+    PutBE32(&tag[0], 'desc');
+    PutBE32(&tag[8], static_cast<uint32_t>(asciiCount));
     std::memcpy(&tag[12], text.data(), text.size());
     return tag;
 }
 
 Bytes TextTag(const std::string& text) {
     Bytes tag(8 + text.size() + 1, 0);
-    WriteBE32(&tag[0], 'text');
+    PutBE32(&tag[0], 'text');
     std::memcpy(&tag[8], text.data(), text.size());
     return tag;
 }
@@ -70,13 +72,13 @@ Bytes CurveTag(const MatrixProfileSpec& matrix) {
     const bool sampled = !matrix.sampledCurve.empty();
     const size_t count = sampled ? matrix.sampledCurve.size() : 1;
     Bytes tag(12 + 2 * count, 0);
-    WriteBE32(&tag[0], 'curv');
-    WriteBE32(&tag[8], static_cast<uint32_t>(count));
+    PutBE32(&tag[0], 'curv');
+    PutBE32(&tag[8], static_cast<uint32_t>(count));
     if (sampled) {
-        for (size_t i = 0; i < count; ++i) WriteBE16(&tag[12 + 2 * i], matrix.sampledCurve[i]);
+        for (size_t i = 0; i < count; ++i) PutBE16(&tag[12 + 2 * i], matrix.sampledCurve[i]);
     } else {
         const double u8f8 = std::clamp(std::round(matrix.gamma * 256.0), 0.0, 65535.0);
-        WriteBE16(&tag[12], static_cast<uint16_t>(u8f8));
+        PutBE16(&tag[12], static_cast<uint16_t>(u8f8));
     }
     return tag;
 }
@@ -127,17 +129,17 @@ Bytes BuildMatrixProfile(const MatrixProfileSpec& matrix) {
 
     IccContainer profile;
     uint8_t* h = profile.header.data();
-    WriteBE32(h + 8, 0x02100000);  // 2.1.0
-    WriteBE32(h + 12, 'mntr');
-    WriteBE32(h + 16, 'RGB ');
-    WriteBE32(h + 20, 'XYZ ');
+    PutBE32(h + 8, 0x02100000);  // 2.1.0
+    PutBE32(h + 12, 'mntr');
+    PutBE32(h + 16, 'RGB ');
+    PutBE32(h + 20, 'XYZ ');
     // A fixed date keeps the built-in profile's bytes the same in every run.
     const uint16_t date[6] = {2024, 1, 1, 0, 0, 0};
-    for (int i = 0; i < 6; ++i) WriteBE16(h + 24 + 2 * i, date[i]);
-    WriteBE32(h + 36, 'acsp');
+    for (int i = 0; i < 6; ++i) PutBE16(h + 24 + 2 * i, date[i]);
+    PutBE32(h + 36, 'acsp');
     const Xyz d50 = D50();
-    for (int i = 0; i < 3; ++i) WriteBE32(h + 68 + 4 * i, static_cast<uint32_t>(S15Fixed16(d50[i])));
-    WriteBE32(h + 80, 'TESK');
+    for (int i = 0; i < 3; ++i) PutBE32(h + 68 + 4 * i, static_cast<uint32_t>(S15Fixed16(d50[i])));
+    PutBE32(h + 80, 'TESK');
 
     AddTag(profile, 'desc', std::make_shared<Bytes>(DescTag(matrix.description)));
     AddTag(profile, 'cprt', std::make_shared<Bytes>(TextTag(matrix.copyright)));

@@ -1,5 +1,6 @@
 // Opening, closing, validity, headers and whole-profile bytes.
 #include <icm.h>
+#include <tesk/big_endian.h>
 #include <tesk/path.h>
 #include <windows.h>
 
@@ -24,7 +25,8 @@ static_assert(offsetof(PROFILEHEADER, phReserved) == 84 && sizeof(PROFILEHEADER)
 
 void HeaderToHost(const IccContainer& container, PROFILEHEADER& header) {
     DWORD words[kHeaderWords];
-    for (size_t i = 0; i < kHeaderWords; ++i) words[i] = ReadBE32(container.header, 4 * i);
+    const tesk::BigEndianReader bytes(container.header);
+    for (size_t i = 0; i < kHeaderWords; ++i) words[i] = bytes.U32(4 * i);
     std::memcpy(&header, words, sizeof(words));
     std::memcpy(header.phReserved, container.header.data() + 84, sizeof(header.phReserved));
 }
@@ -32,7 +34,7 @@ void HeaderToHost(const IccContainer& container, PROFILEHEADER& header) {
 void HeaderFromHost(const PROFILEHEADER& header, IccContainer& container) {
     DWORD words[kHeaderWords];
     std::memcpy(words, &header, sizeof(words));
-    for (size_t i = 0; i < kHeaderWords; ++i) WriteBE32(container.header.data() + 4 * i, words[i]);
+    for (size_t i = 0; i < kHeaderWords; ++i) tesk::PutBE32(container.header.data() + 4 * i, words[i]);
     std::memcpy(container.header.data() + 84, header.phReserved, sizeof(header.phReserved));
 }
 

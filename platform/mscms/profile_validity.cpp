@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include <tesk/big_endian.h>
+
 namespace tesk::mscms {
 
 namespace {
@@ -14,14 +16,15 @@ bool TextEndsInside(std::span<const uint8_t> text) { return std::find(text.begin
 // Well-formedness of the tag types that required tags carry.
 bool IsWellFormed(uint32_t signature, const Bytes& data) {
     const std::span<const uint8_t> tag(data);
-    const uint32_t type = ReadBE32(tag, 0);
+    const BigEndianReader reader(tag);
+    const uint32_t type = reader.U32(0);
     if (tag.size() < 8) return false;
     switch (signature) {
         case 'desc':
             if (type == 'mluc') break;
             if (type != 'desc' || tag.size() < 12) return false;
             {
-                const uint32_t count = ReadBE32(tag, 8);
+                const uint32_t count = reader.U32(8);
                 if (count > tag.size() - 12) return false;
                 return count == 0 || TextEndsInside(tag.subspan(12, count));
             }
@@ -39,12 +42,12 @@ bool IsWellFormed(uint32_t signature, const Bytes& data) {
         case 'kTRC':
             if (type == 'curv') {
                 if (tag.size() < 12) return false;
-                const uint64_t count = ReadBE32(tag, 8);
+                const uint64_t count = reader.U32(8);
                 return tag.size() >= 12 + 2 * count;
             }
             if (type == 'para') {
                 static constexpr size_t kParameters[] = {1, 3, 4, 5, 7};
-                const uint16_t function = ReadBE16(tag, 8);
+                const uint16_t function = reader.U16(8);
                 return function < 5 && tag.size() >= 12 + 4 * kParameters[function];
             }
             return false;
@@ -58,13 +61,13 @@ bool IsWellFormed(uint32_t signature, const Bytes& data) {
             return true;
     }
     // mluc: a record table inside the tag, each string inside the tag.
-    const uint32_t records = ReadBE32(tag, 8);
-    const uint32_t recordSize = ReadBE32(tag, 12);
+    const uint32_t records = reader.U32(8);
+    const uint32_t recordSize = reader.U32(12);
     if (tag.size() < 16 || recordSize < 12 || records > (tag.size() - 16) / recordSize) return false;
     for (uint32_t i = 0; i < records; ++i) {
         const size_t record = 16 + size_t{i} * recordSize;
-        const uint32_t length = ReadBE32(tag, record + 4);
-        const uint32_t offset = ReadBE32(tag, record + 8);
+        const uint32_t length = reader.U32(record + 4);
+        const uint32_t offset = reader.U32(record + 8);
         if (offset > tag.size() || length > tag.size() - offset) return false;
     }
     return true;
@@ -125,13 +128,13 @@ bool IsKnownColorSpace(uint32_t space) {
 }
 
 bool IsValidProfile(const IccContainer& container) {
-    const std::span<const uint8_t> header(container.header);
-    const uint32_t major = header[8];
+    const BigEndianReader header(container.header);
+    const uint32_t major = header.U8(8);
     if (major < 2 || major > 4) return false;
-    if (ReadBE32(header, 36) != 'acsp') return false;
-    const uint32_t profileClass = ReadBE32(header, 12);
-    const uint32_t dataSpace = ReadBE32(header, 16);
-    const uint32_t connectionSpace = ReadBE32(header, 20);
+    if (header.U32(36) != 'acsp') return false;
+    const uint32_t profileClass = header.U32(12);
+    const uint32_t dataSpace = header.U32(16);
+    const uint32_t connectionSpace = header.U32(20);
     if (!IsKnownClass(profileClass) || !IsKnownColorSpace(dataSpace)) return false;
     // A device link connects two device spaces; every other class meets at the PCS.
     if (profileClass == 'link' ? !IsKnownColorSpace(connectionSpace)

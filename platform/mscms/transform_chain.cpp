@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include <tesk/big_endian.h>
+
 #include "profile_validity.h"
 
 namespace tesk::mscms {
@@ -29,11 +31,6 @@ uint64_t HashBytes(uint64_t hash, const uint8_t* data, size_t size) {
     return Mix(Mix(hash, tail), size);
 }
 
-uint32_t ReadBigEndian32(const std::vector<uint8_t>& bytes, size_t offset) {
-    return (uint32_t(bytes[offset]) << 24) | (uint32_t(bytes[offset + 1]) << 16) |
-           (uint32_t(bytes[offset + 2]) << 8) | uint32_t(bytes[offset + 3]);
-}
-
 struct HeaderInfo {
     cmsProfileClassSignature deviceClass;
     cmsColorSpaceSignature space;
@@ -43,9 +40,10 @@ struct HeaderInfo {
 constexpr size_t kHeaderSize = 128;
 
 HeaderInfo ReadHeader(const std::vector<uint8_t>& bytes) {
-    return {static_cast<cmsProfileClassSignature>(ReadBigEndian32(bytes, 12)),
-            static_cast<cmsColorSpaceSignature>(ReadBigEndian32(bytes, 16)),
-            static_cast<cmsColorSpaceSignature>(ReadBigEndian32(bytes, 20))};
+    const BigEndianReader header(bytes);
+    return {static_cast<cmsProfileClassSignature>(header.U32(12)),
+            static_cast<cmsColorSpaceSignature>(header.U32(16)),
+            static_cast<cmsColorSpaceSignature>(header.U32(20))};
 }
 
 bool IsPcs(cmsColorSpaceSignature space) { return space == cmsSigXYZData || space == cmsSigLabData; }
@@ -92,9 +90,9 @@ bool MakeChainKey(std::vector<ChainMember> members, DWORD windowsFlags, ChainKey
             return false;
         }
         // Signatures outside ICC.1 never become lcms2's enumerations.
-        if (member.bytes.size() < kHeaderSize || !IsKnownClass(ReadBigEndian32(member.bytes, 12)) ||
-            !IsKnownColorSpace(ReadBigEndian32(member.bytes, 16)) ||
-            !IsKnownColorSpace(ReadBigEndian32(member.bytes, 20))) {
+        const BigEndianReader header(member.bytes);
+        if (header.Size() < kHeaderSize || !IsKnownClass(header.U32(12)) || !IsKnownColorSpace(header.U32(16)) ||
+            !IsKnownColorSpace(header.U32(20))) {
             error = ERROR_INVALID_PROFILE;
             return false;
         }

@@ -75,6 +75,8 @@ TEST_F(DisplayTransformTest, ProcessedColoursKeepTheirFourthByteWithoutATransfor
     EXPECT_TRUE(Manager().ProcessColors(in, out, 2));
     EXPECT_EQ(out[0].rgbReserved, 77);
     EXPECT_EQ(out[1].rgbReserved, 77);
+    // No colours still go through the platform, whose empty row succeeds.
+    EXPECT_TRUE(Manager().ProcessColors(nullptr, nullptr, 0));
 
     CString missing(L"NoSuchMonitor.icc");
     Manager().SetMonitorProfile(missing);

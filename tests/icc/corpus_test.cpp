@@ -101,7 +101,10 @@ std::string Escape(const std::string& text) {
 std::string CurveLine(CICCReadColorProfile& reader, uint32_t tag) {
     TRCCURVE curve;
     std::memset(&curve, 0, sizeof curve);
-    if (!reader.GetTRC(tag, curve)) return "unreadable";
+    if (!reader.GetTRC(tag, curve)) {
+        if (curve.m_nSignature == 'curv' && curve.m_curve.m_nCount >= 2) delete[] curve.m_curve.m_pEntries;
+        return "unreadable";
+    }
     std::string line;
     if (curve.m_nSignature == 'para') {
         line = Format("para type %u, params %u, g %.6f", curve.m_para.m_nFunctionType, curve.m_para.m_nParamCount,

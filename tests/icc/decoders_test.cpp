@@ -55,8 +55,14 @@ TEST(CurveDecoding, ATagShorterThanItsCountIsErrorCode202) {
     } catch (const CVException& e) {
         EXPECT_EQ(e.GetCode(), 202);
     }
-    EXPECT_EQ(curve.m_nCount, 256u);
-    EXPECT_EQ(curve.m_pEntries, nullptr);
+    // The entries the tag holds are read before the length is checked; the
+    // rest read as zero.
+    ASSERT_EQ(curve.m_nCount, 256u);
+    ASSERT_NE(curve.m_pEntries, nullptr);
+    EXPECT_EQ(curve.m_pEntries[43], 7);
+    EXPECT_EQ(curve.m_pEntries[44], 0);
+    delete[] curve.m_pEntries;
+    curve.m_pEntries = nullptr;
     // A count of four billion in a 12-byte tag must not allocate.
     Bytes huge = CurvIdentity();
     PutBE32(huge, 8, 0xFFFFFFFF);

@@ -1,9 +1,12 @@
-// Looks up one export of a platform module into a typed function pointer.
+// Binding a platform function by name: the one way the module reaches an
+// export of a colour-system or user module.
 #pragma once
 #include <windows.h>
 
-namespace tesk::icc {
+namespace tesk {
 
+// Looks `name` up in `module` into a typed function pointer; null, and false,
+// when the module or the export is missing.
 template <typename Function>
 bool BindProc(HMODULE module, const char* name, Function& slot) {
     FARPROC proc = module ? GetProcAddress(module, name) : nullptr;
@@ -12,4 +15,4 @@ bool BindProc(HMODULE module, const char* name, Function& slot) {
     return slot != nullptr;
 }
 
-}  // namespace tesk::icc
+}  // namespace tesk
