@@ -9,7 +9,7 @@
 #include "colormgr/ColorManager.h"
 #include "host/SingletonManager.h"
 #include "host/imaging/RowIteratorBands.h"
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 #include "support/conversion_delta_e.h"
 
 namespace conversion_test {
