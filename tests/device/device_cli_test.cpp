@@ -11,9 +11,9 @@
 #include <thread>
 
 #include "cli/imageio/ImageFile.h"
+#include "display.h"
 #include "host/imaging/RowIteratorBands.h"
 #include "support/cups_server.h"
-#include "display.h"
 #include "support/manager_harness.h"
 #include "support/programs.h"
 #include "support/xvfb_server.h"
@@ -99,11 +99,6 @@ TEST_F(DeviceCommandTest, WithoutADisplayViewAndSetupSayWhy) {
     SRun setup = Teskcolor("setup");
     EXPECT_EQ(setup.code, 1);
     EXPECT_NE(setup.out.find("DISPLAY is not set"), std::string::npos) << setup.out;
-    for (const char* command : {"gamma", "view", "print", "setup"}) {
-        SRun help = Teskcolor(std::string(command) + " --help");
-        EXPECT_EQ(help.code, 0) << command;
-        EXPECT_EQ(help.out.rfind(std::string("usage: teskcolor ") + command, 0), 0u) << help.out;
-    }
     EXPECT_EQ(Teskcolor("gamma").code, 2);
     EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "nothing was loaded";
 }

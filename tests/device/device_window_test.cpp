@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "device/VDeviceContext.h"
-#include "support/device_harness.h"
 #include "display.h"
+#include "support/device_harness.h"
 #include "support/xvfb_server.h"
 
 // After GoogleTest: Xlib's macros would clash with it.

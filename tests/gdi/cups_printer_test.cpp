@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "support/cups_server.h"
 #include "gdi_test_support.h"
 #include "ppd_profiles.h"
+#include "support/cups_server.h"
 
 namespace tesk::test {
 namespace {
