@@ -34,7 +34,7 @@ protected:
 
 TEST_F(CliErrors, EveryCommandHasHelp) {
     for (const char* command : {"info", "convert", "separate", "combine", "proof", "profiles", "settings",
-                                "make-profile", "chart", "demo"}) {
+                                "make-profile", "chart", "demo", "gamma", "view", "print", "setup"}) {
         const SRun run = RunTeskcolor({command, "--help"});
         EXPECT_EQ(run.code, 0) << command;
         EXPECT_NE(run.out.find(std::string("usage: teskcolor ") + command), std::string::npos) << command;

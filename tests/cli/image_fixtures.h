@@ -1,7 +1,5 @@
 // Images and profiles the image-file tests are built from.
 #pragma once
-#include <lcms2.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -9,25 +7,12 @@
 #include <vector>
 
 #include "cli/imageio/Image.h"
+#include "support/lcms_profiles.h"
 
 namespace teskcolor::test {
 
-inline std::vector<uint8_t> SavedProfile(cmsHPROFILE profile) {
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    std::vector<uint8_t> bytes(size);
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
-}
-inline std::vector<uint8_t> SrgbProfileBytes() { return SavedProfile(cmsCreate_sRGBProfile()); }
-// A grey profile with gamma 2.2.
-inline std::vector<uint8_t> GreyProfileBytes() {
-    cmsToneCurve* curve = cmsBuildGamma(nullptr, 2.2);
-    cmsHPROFILE profile = cmsCreateGrayProfile(cmsD50_xyY(), curve);
-    cmsFreeToneCurve(curve);
-    return SavedProfile(profile);
-}
+using tesk::test::GreyProfileBytes;
+using tesk::test::SrgbProfileBytes;
 
 // Every sample differs from its neighbours' (so channel or byte order
 // mistakes show); `smooth` gives a gradient that survives JPEG closely.

@@ -5,7 +5,7 @@
 
 #include <cwchar>
 
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 
 using namespace colormgr_test;
 using Access = CColorManagerTestAccess;

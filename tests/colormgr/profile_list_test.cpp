@@ -9,7 +9,7 @@
 
 #include "host/ConnectLanguage.h"
 #include "host/SingletonManager.h"
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 
 using namespace colormgr_test;
 using Access = CColorManagerTestAccess;

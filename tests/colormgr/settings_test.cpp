@@ -8,7 +8,7 @@
 
 #include "host/SingletonManager.h"
 #include "host/VException.h"
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 
 using namespace colormgr_test;
 using Access = CColorManagerTestAccess;

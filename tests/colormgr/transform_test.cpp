@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "host/SingletonManager.h"
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 
 using namespace colormgr_test;
 using Access = CColorManagerTestAccess;

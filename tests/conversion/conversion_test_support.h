@@ -9,8 +9,8 @@
 #include "colormgr/ColorManager.h"
 #include "host/SingletonManager.h"
 #include "host/imaging/RowIteratorBands.h"
-#include "manager_test_support.h"
 #include "support/conversion_delta_e.h"
+#include "support/manager_harness.h"
 
 namespace conversion_test {
 

@@ -2,53 +2,34 @@
 // on an Xvfb server of the test's own, print to a test printer and through a
 // CUPS scheduler of the test's own.
 #include <lcms2.h>
-#include <sys/wait.h>
 
 #include <chrono>
 #include <cstring>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <thread>
 
 #include "cli/imageio/ImageFile.h"
-#include "host/imaging/RowIteratorBands.h"
-#include "cups_server.h"
 #include "display.h"
-#include "manager_test_support.h"
-#include "xvfb_server.h"
+#include "host/imaging/RowIteratorBands.h"
+#include "support/cups_server.h"
+#include "support/manager_harness.h"
+#include "support/programs.h"
+#include "support/xvfb_server.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct SRun {
-    int code = -1;
-    std::string output;
-};
+using tesk::test::ReadText;
+using SRun = tesk::test::ProgramRun;
 
+// teskcolor with its arguments as one shell line; what it says on both streams.
 SRun Teskcolor(const std::string& arguments) {
-    SRun run;
-    const std::string command = TESK_BINARY_DIR "/bin/teskcolor " + arguments + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    if (!pipe) return run;
-    char buffer[512];
-    while (fgets(buffer, sizeof buffer, pipe)) run.output += buffer;
-    const int status = pclose(pipe);
-    run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return run;
+    return tesk::test::RunShell(TESK_BINARY_DIR "/bin/teskcolor " + arguments + " 2>&1");
 }
-
-std::string Quoted(const std::string& text) { return "'" + text + "'"; }
-
-std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+std::string Quoted(const std::string& text) { return tesk::test::ShellQuote(text); }
 
 // A 48 x 32 RGB image of six flat blocks, mid-tones that a gamma change moves.
 const BYTE kBlocks[6][3] = {{60, 120, 200}, {200, 90, 40}, {128, 128, 128},
@@ -114,15 +95,10 @@ void ExpectRampNear(const std::vector<uint16_t>& actual, const std::vector<uint1
 TEST_F(DeviceCommandTest, WithoutADisplayViewAndSetupSayWhy) {
     SRun view = Teskcolor("view " + Quoted(input_));
     EXPECT_EQ(view.code, 1);
-    EXPECT_NE(view.output.find("DISPLAY is not set"), std::string::npos) << view.output;
+    EXPECT_NE(view.out.find("DISPLAY is not set"), std::string::npos) << view.out;
     SRun setup = Teskcolor("setup");
     EXPECT_EQ(setup.code, 1);
-    EXPECT_NE(setup.output.find("DISPLAY is not set"), std::string::npos) << setup.output;
-    for (const char* command : {"gamma", "view", "print", "setup"}) {
-        SRun help = Teskcolor(std::string(command) + " --help");
-        EXPECT_EQ(help.code, 0) << command;
-        EXPECT_EQ(help.output.rfind(std::string("usage: teskcolor ") + command, 0), 0u) << help.output;
-    }
+    EXPECT_NE(setup.out.find("DISPLAY is not set"), std::string::npos) << setup.out;
     EXPECT_EQ(Teskcolor("gamma").code, 2);
     EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "nothing was loaded";
 }
@@ -140,14 +116,14 @@ TEST_F(DisplayCommandTest, GammaLoadSetsTheProfilesTableAndRestoreTheRampBeforeI
     const std::string calibrated = env_.Root() + "/calibrated.icc";
     colormgr_test::WriteRgbProfile(calibrated, 2.2, table);
     SRun load = Teskcolor("gamma load " + Quoted(calibrated));
-    ASSERT_EQ(load.code, 0) << load.output;
+    ASSERT_EQ(load.code, 0) << load.out;
     ExpectRampNear(colormgr_test::DisplayRamp(), table);
     // A second load keeps the ramp from before the first for restore.
     colormgr_test::WriteRgbProfile(calibrated, 2.2, colormgr_test::TestRamp(256, 3000));
     ASSERT_EQ(Teskcolor("gamma load " + Quoted(calibrated)).code, 0);
 
     SRun restore = Teskcolor("gamma restore");
-    ASSERT_EQ(restore.code, 0) << restore.output;
+    ASSERT_EQ(restore.code, 0) << restore.out;
     ExpectRampNear(colormgr_test::DisplayRamp(), identity);
     EXPECT_EQ(Teskcolor("gamma restore").code, 3) << "a ramp is restored once";
 
@@ -163,7 +139,7 @@ TEST_F(DisplayCommandTest, GammaLoadSetsTheProfilesTableAndRestoreTheRampBeforeI
     colormgr_test::WriteRgbProfile(plain, 2.2);
     SRun none = Teskcolor("gamma load " + Quoted(plain));
     EXPECT_EQ(none.code, 6);
-    EXPECT_NE(none.output.find("no vcgt"), std::string::npos);
+    EXPECT_NE(none.out.find("no vcgt"), std::string::npos);
 }
 
 TEST_F(DisplayCommandTest, AVcgtThatEndsAtItsTagsEndLoadsWhole) {
@@ -181,7 +157,7 @@ TEST_F(DisplayCommandTest, ViewShowsTheImageThroughTheDisplayTransform) {
     ASSERT_EQ(Teskcolor("settings set monitor-profile " + Quoted(monitor)).code, 0);
     const std::string shot = env_.Root() + "/shot.png";
     SRun view = Teskcolor("view --screenshot " + Quoted(shot) + " --timeout 0 " + Quoted(input_));
-    ASSERT_EQ(view.code, 0) << view.output;
+    ASSERT_EQ(view.code, 0) << view.out;
 
     // The reference: Little CMS from the working space to the monitor profile.
     cmsHPROFILE working = cmsOpenProfileFromFile((ColorDir() + "/sRGB Color Space Profile.icm").c_str(), "r");
@@ -218,15 +194,15 @@ TEST_F(DisplayCommandTest, SetupSavesWhatTheDialogAccepts) {
     driver_ = drive("Escape");
     SRun cancelled = Teskcolor("setup");
     driver_.join();
-    EXPECT_EQ(cancelled.code, 0) << cancelled.output;
-    EXPECT_NE(cancelled.output.find("nothing changed"), std::string::npos) << cancelled.output;
+    EXPECT_EQ(cancelled.code, 0) << cancelled.out;
+    EXPECT_NE(cancelled.out.find("nothing changed"), std::string::npos) << cancelled.out;
     int intent = -1;
     EXPECT_FALSE(colormgr_test::StoredInt(177, intent)) << "a cancelled dialog saves nothing";
 
     driver_ = drive("Down alt+o");  // the rendering intent has the focus: the next one, then OK
     SRun accepted = Teskcolor("setup");
     driver_.join();
-    ASSERT_EQ(accepted.code, 0) << accepted.output;
+    ASSERT_EQ(accepted.code, 0) << accepted.out;
     ASSERT_TRUE(colormgr_test::StoredInt(177, intent));
     EXPECT_EQ(intent, 1);
     int mode = -1;
@@ -239,26 +215,26 @@ TEST_F(DeviceCommandTest, PrintingReachesTheDefaultPrinter) {
     ::setenv("TESK_TEST_PRINTERS", ("Office=" + tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc")).c_str(), 1);
     ::setenv("TESK_TEST_PRINTER_SPOOL", spool.c_str(), 1);
     SRun print = Teskcolor("print --title 'Blocks proof' " + Quoted(input_));
-    ASSERT_EQ(print.code, 0) << print.output;
-    EXPECT_NE(print.output.find("on Office"), std::string::npos);
+    ASSERT_EQ(print.code, 0) << print.out;
+    EXPECT_NE(print.out.find("on Office"), std::string::npos);
     ASSERT_TRUE(fs::exists(spool));
     std::string document;
     for (const auto& entry : fs::directory_iterator(spool)) document = ReadText(entry.path());
     EXPECT_EQ(document.rfind("%PDF", 0), 0u);
     EXPECT_NE(document.find("Blocks proof"), std::string::npos);
-    EXPECT_NE(print.output.find("not colour-matched"), std::string::npos) << "the driver's profile is elsewhere";
+    EXPECT_NE(print.out.find("not colour-matched"), std::string::npos) << "the driver's profile is elsewhere";
 
     // Installed in the colour directory, the printer's profile is switched on for the job.
     fs::copy_file(tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc"),
                   ColorDir() + "/ISO Coated (FOGRA39).icc");
     print = Teskcolor("print " + Quoted(input_));
-    ASSERT_EQ(print.code, 0) << print.output;
-    EXPECT_NE(print.output.find("colour-matched to the printer profile ISO Coated (FOGRA39).icc"), std::string::npos)
-        << print.output;
+    ASSERT_EQ(print.code, 0) << print.out;
+    EXPECT_NE(print.out.find("colour-matched to the printer profile ISO Coated (FOGRA39).icc"), std::string::npos)
+        << print.out;
 
     ::setenv("TESK_TEST_PRINTERS", "", 1);
     SRun nowhere = Teskcolor("print " + Quoted(input_));
-    EXPECT_EQ(nowhere.code, 3) << nowhere.output;
+    EXPECT_EQ(nowhere.code, 3) << nowhere.out;
 }
 
 TEST_F(DeviceCommandTest, PrintingThroughCupsArrivesAsAJob) {
@@ -270,7 +246,7 @@ TEST_F(DeviceCommandTest, PrintingThroughCupsArrivesAsAJob) {
     ASSERT_TRUE(server->AddQueue("Proofer", profile, true));
 
     SRun print = Teskcolor("print --title 'Blocks by CUPS' " + Quoted(input_));
-    ASSERT_EQ(print.code, 0) << print.output;
+    ASSERT_EQ(print.code, 0) << print.out;
     std::string text;
     for (int i = 0; i < 150 && text.find("%%EOF") == std::string::npos; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));

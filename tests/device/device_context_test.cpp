@@ -6,7 +6,7 @@
 #include <tesk/path.h>
 
 #include "device/VDeviceContext.h"
-#include "device_test_support.h"
+#include "support/device_harness.h"
 
 using namespace device_test;
 

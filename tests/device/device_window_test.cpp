@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "device/VDeviceContext.h"
-#include "device_test_support.h"
 #include "display.h"
-#include "xvfb_server.h"
+#include "support/device_harness.h"
+#include "support/xvfb_server.h"
 
 // After GoogleTest: Xlib's macros would clash with it.
 #include <X11/Xlib.h>

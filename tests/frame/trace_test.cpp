@@ -1,11 +1,10 @@
 // The trace switch and line layout, observed from a fresh process each time.
 #include <windows.h>
 
-#include <array>
 #include <cctype>
-#include <cstdio>
 #include <string>
 
+#include "support/programs.h"
 #include "support/temp_env.h"
 
 namespace {
@@ -27,14 +26,11 @@ ProbeOutput RunProbe(int registry, const char* arguments = "") {
                   ERROR_SUCCESS);
         RegCloseKey(key);
     }
-    std::string errFile = env.Root() + "/stderr.txt";
+    const std::string errFile = env.Root() + "/stderr.txt";
     ProbeOutput result;
-    FILE* pipe = popen((std::string("'") + TRACE_PROBE + "' " + arguments + " 2>'" + errFile + "'").c_str(), "r");
-    std::array<char, 4096> chunk{};
-    while (size_t n = fread(chunk.data(), 1, chunk.size(), pipe)) result.out.append(chunk.data(), n);
-    pclose(pipe);
-    auto bytes = tesk::test::ReadBytes(errFile);
-    result.err.assign(bytes.begin(), bytes.end());
+    result.out = tesk::test::RunShell(tesk::test::ShellQuote(TRACE_PROBE) + " " + arguments + " 2>" +
+                                      tesk::test::ShellQuote(errFile)).out;
+    result.err = tesk::test::ReadText(errFile);
     return result;
 }
 

@@ -3,16 +3,12 @@
 #include <tesk/path.h>
 #include <windows.h>
 
-#include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <thread>
 
-#include "cups_server.h"
 #include "gdi_test_support.h"
 #include "ppd_profiles.h"
+#include "support/cups_server.h"
 
 namespace tesk::test {
 namespace {
@@ -25,7 +21,7 @@ protected:
         server_ = std::make_unique<CupsServer>();
         if (!server_->Running()) GTEST_SKIP() << "CUPS is not available";
         profile_ = env_.Root() + "/printer.icc";
-        WriteRgbProfile(profile_, true);
+        WriteRgbProfile(profile_, 2.2);
         ASSERT_TRUE(server_->AddQueue("Office", "", false));
         ASSERT_TRUE(server_->AddQueue("Proofer", profile_, true));
     }
@@ -65,26 +61,6 @@ TEST_F(CupsPrinterTest, APrintersProfileComesFromItsPpd) {
     size = MAX_PATH;
     EXPECT_TRUE(FailsWith(GetICMProfileW(office, &size, name), ERROR_PROFILE_NOT_FOUND));
     DeleteDC(office);
-}
-
-TEST_F(CupsPrinterTest, APrintedDocumentArrivesAsAJob) {
-    HDC dc = CreateDCW(nullptr, L"Office", nullptr, nullptr);
-    DOCINFOW info{sizeof(DOCINFOW), L"Job from GDI", nullptr, nullptr, 0};
-    ASSERT_GT(StartDocW(dc, &info), 0);
-    ASSERT_GT(StartPage(dc), 0);
-    ASSERT_TRUE(BitBlt(dc, 0, 0, 50, 50, nullptr, 0, 0, BLACKNESS));
-    ASSERT_GT(EndPage(dc), 0);
-    ASSERT_GT(EndDoc(dc), 0);
-    DeleteDC(dc);
-
-    std::string text;
-    for (int i = 0; i < 150 && text.find("%%EOF") == std::string::npos; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        text = ReadText(server_->OutputOf("Office"));
-    }
-    EXPECT_EQ(text.rfind("%PDF-1.4", 0), 0u) << "scheduler log:\n" << ReadText(server_->Folder() + "/error_log");
-    EXPECT_NE(text.find("/Title (Job from GDI)"), std::string::npos);
-    EXPECT_NE(text.find("%%EOF"), std::string::npos);
 }
 
 TEST(PpdProfileTest, TheDefaultColourModelsProfileIsChosen) {

@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "gdi_test_support.h"
-#include "xvfb_server.h"
+#include "support/xvfb_server.h"
 
 // After GoogleTest: Xlib's macros would clash with it.
 #include <X11/Xlib.h>
@@ -112,18 +112,6 @@ TEST_F(DialogTest, CancellingReturnsZeroWithNoErrorAndChangesNothing) {
     EXPECT_EQ(setup.dwFlags, DWORD(0x27C | CMS_DISABLEICM));
     EXPECT_EQ(std::wstring(monitor_), L"sRGB Color Space Profile.icm");
     EXPECT_GT(screenshotColours_, 3u);  // the dialog was drawn, not a blank window
-}
-
-TEST_F(DialogTest, AChangedIntentComesBackWhenAccepted) {
-    COLORMATCHSETUPW setup = Record();
-    Drive("Down alt+o");  // the rendering intent has the focus: next intent, then OK
-    ASSERT_TRUE(SetupColorMatchingW(&setup));
-    EXPECT_EQ(setup.dwRenderIntent, DWORD(INTENT_RELATIVE_COLORIMETRIC));
-    EXPECT_EQ(setup.dwProofingIntent, DWORD(INTENT_ABSOLUTE_COLORIMETRIC));
-    EXPECT_EQ(setup.dwFlags & CMS_DISABLEICM, 0u);
-    EXPECT_EQ(std::wstring(monitor_), L"sRGB Color Space Profile.icm");
-    EXPECT_EQ(std::wstring(printer_), L"ISO Coated (FOGRA39).icc");
-    EXPECT_EQ(std::wstring(target_), L"");
 }
 
 TEST_F(DialogTest, ANameTooLongForItsBufferIsReportedAsOverflow) {

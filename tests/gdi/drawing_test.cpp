@@ -177,7 +177,7 @@ TEST_F(DrawingTest, GetDIBitsReadsBottomUpUnlessAskedOtherwise) {
 
 TEST_F(DrawingTest, WithIcmOnDrawingIsMatchedToTheContextProfile) {
     std::string profile = env_.Root() + "/wide.icc";
-    WriteRgbProfile(profile, true);
+    WriteRgbProfile(profile, 2.2);
     std::wstring name = Wide(profile);
     ASSERT_TRUE(SetICMProfileW(dc_, name.data()));
 

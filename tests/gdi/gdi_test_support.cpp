@@ -4,9 +4,6 @@
 #include <tesk/path.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 
 #include "display.h"
 
@@ -30,32 +27,7 @@ void GdiTest::TearDown() {
 
 void GdiTest::UsePrinters(const std::string& list) { setenv("TESK_TEST_PRINTERS", list.c_str(), 1); }
 
-void WriteRgbProfile(const std::string& nativePath, bool wideGamut) {
-    cmsHPROFILE profile = nullptr;
-    if (!wideGamut) {
-        profile = cmsCreate_sRGBProfile();
-    } else {
-        cmsCIExyY white;
-        cmsWhitePointFromTemp(&white, 6504);
-        cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1}, {0.21, 0.71, 1}, {0.15, 0.06, 1}};
-        cmsToneCurve* gamma = cmsBuildGamma(nullptr, 2.2);
-        cmsToneCurve* curves[3] = {gamma, gamma, gamma};
-        profile = cmsCreateRGBProfile(&white, &primaries, curves);
-        cmsFreeToneCurve(gamma);
-    }
-    if (!profile || !cmsSaveProfileToFile(profile, nativePath.c_str()))
-        throw std::runtime_error("cannot write profile " + nativePath);
-    cmsCloseProfile(profile);
-}
-
 std::wstring Wide(const std::string& text) { return path::Wide(text); }
-
-std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 COLORREF LcmsFromSrgb(const std::string& nativePath, COLORREF c) {
     cmsHPROFILE srgb = cmsCreate_sRGBProfile();

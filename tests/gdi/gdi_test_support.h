@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/frame_fails_with.h"
+#include "support/lcms_profiles.h"
 #include "support/temp_env.h"
 
 namespace tesk::test {
@@ -21,12 +22,7 @@ protected:
     std::string SpoolDir() const { return env_.Root() + "/spool"; }
 };
 
-// Writes an RGB profile made by lcms2 to `nativePath`: sRGB, or with
-// `wideGamut` a gamma 2.2 profile with Adobe RGB (1998)'s primaries.
-void WriteRgbProfile(const std::string& nativePath, bool wideGamut);
-
 std::wstring Wide(const std::string& text);
-std::string ReadText(const std::string& path);
 // What lcms2 makes of the sRGB colour `c` in the RGB profile at `nativePath` (perceptual).
 COLORREF LcmsFromSrgb(const std::string& nativePath, COLORREF c);
 

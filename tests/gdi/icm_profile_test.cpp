@@ -33,7 +33,7 @@ protected:
     // Installs an lcms2-made profile under `name` and gives its Windows-form path.
     std::wstring Install(const std::string& name, bool wideGamut) {
         std::string source = env_.Root() + "/" + name;
-        WriteRgbProfile(source, wideGamut);
+        wideGamut ? WriteRgbProfile(source, 2.2) : WriteSrgbProfile(source);
         EXPECT_TRUE(InstallColorProfileW(nullptr, Wide(source).c_str()));
         return path::ToWindows(ColorDirectory() + "/" + name);
     }

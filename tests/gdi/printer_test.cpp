@@ -75,7 +75,7 @@ TEST_F(PrinterTest, DeviceModesShapeThePrinterContext) {
 
 TEST_F(PrinterTest, APrinterContextsProfileComesFromAssociationsElseItsDriver) {
     std::string driverProfile = env_.Root() + "/driver.icc";
-    WriteRgbProfile(driverProfile, true);
+    WriteRgbProfile(driverProfile, 2.2);
     UsePrinters("Office=" + driverProfile);
     HDC dc = CreateDCW(nullptr, L"Office", nullptr, nullptr);
     ASSERT_NE(dc, nullptr);
@@ -85,7 +85,7 @@ TEST_F(PrinterTest, APrinterContextsProfileComesFromAssociationsElseItsDriver) {
     EXPECT_EQ(std::wstring(name), path::ToWindows(driverProfile));
 
     std::string installed = env_.Root() + "/office.icc";
-    WriteRgbProfile(installed, false);
+    WriteSrgbProfile(installed);
     ASSERT_TRUE(InstallColorProfileW(nullptr, Wide(installed).c_str()));
     ASSERT_TRUE(AssociateColorProfileWithDeviceW(nullptr, L"office.icc", L"Office"));
     size = MAX_PATH;

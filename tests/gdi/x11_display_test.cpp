@@ -10,7 +10,7 @@
 #include "display.h"
 #include "gamma_resample.h"
 #include "gdi_test_support.h"
-#include "xvfb_server.h"
+#include "support/xvfb_server.h"
 
 // After GoogleTest: Xlib's macros (None, Bool, Status) would clash with it.
 #include <X11/Xatom.h>
@@ -118,7 +118,7 @@ TEST_F(X11DisplayTest, GammaRampsReachTheCrtcAndComeBack) {
 
 TEST_F(X11DisplayTest, TheDisplayProfileIsTheRootWindowsIccProfile) {
     std::string wide = env_.Root() + "/wide.icc";
-    WriteRgbProfile(wide, true);
+    WriteRgbProfile(wide, 2.2);
     HDC dc = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
     std::wstring name = Wide(wide);
     ASSERT_TRUE(SetICMProfileW(dc, name.data()));
@@ -127,7 +127,7 @@ TEST_F(X11DisplayTest, TheDisplayProfileIsTheRootWindowsIccProfile) {
     // A profile another program put there comes back as a file with its bytes:
     // the installed profile when it is one, else a copy.
     std::string srgb = env_.Root() + "/other.icc";
-    WriteRgbProfile(srgb, false);
+    WriteSrgbProfile(srgb);
     std::vector<uint8_t> bytes = ReadBytes(srgb);
     Atom atom = XInternAtom(x_, "_ICC_PROFILE", False);
     XChangeProperty(x_, DefaultRootWindow(x_), atom, XA_CARDINAL, 8, PropModeReplace, bytes.data(), int(bytes.size()));
@@ -176,7 +176,7 @@ TEST_F(X11DisplayTest, AWindowsContextDrawsIntoTheWindowMatchedToTheDisplayProfi
 
     // The display's profile, then a colour-managed drawing into the window.
     std::string wide = env_.Root() + "/wide.icc";
-    WriteRgbProfile(wide, true);
+    WriteRgbProfile(wide, 2.2);
     HDC screen = CreateDCW(info.szDevice, nullptr, nullptr, nullptr);
     std::wstring name = Wide(wide);
     ASSERT_TRUE(SetICMProfileW(screen, name.data()));

@@ -9,19 +9,14 @@
 #include <utility>
 #include <vector>
 
+#include "support/big_endian.h"
+
 namespace tesk::test::icc {
 
-using Bytes = std::vector<uint8_t>;
+using tesk::test::Bytes;
+using tesk::test::PutBE16;
+using tesk::test::PutBE32;
 
-inline void PutBE16(Bytes& b, size_t at, uint16_t v) {
-    if (b.size() < at + 2) b.resize(at + 2);
-    b[at] = uint8_t(v >> 8);
-    b[at + 1] = uint8_t(v);
-}
-inline void PutBE32(Bytes& b, size_t at, uint32_t v) {
-    PutBE16(b, at, uint16_t(v >> 16));
-    PutBE16(b, at + 2, uint16_t(v));
-}
 inline uint32_t S15(double v) { return uint32_t(int32_t(std::lround(v * 65536.0))); }
 
 inline void PutWords(Bytes& b, size_t at, std::initializer_list<uint32_t> words) {

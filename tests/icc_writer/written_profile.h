@@ -1,29 +1,16 @@
 // A profile the writer produced, parsed independently of the module, and
 // ArgyllCMS iccdump's verdict on it.
 #pragma once
-#include <sys/wait.h>
-
-#include <array>
 #include <cstdint>
-#include <cstdio>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/big_endian.h"
+#include "support/programs.h"
 #include "support/temp_env.h"
 
 namespace tesk::test {
-
-// Big-endian words; bytes past the end read as zero.
-inline uint32_t BE32(const std::vector<uint8_t>& bytes, size_t offset) {
-    uint32_t value = 0;
-    for (size_t i = 0; i < 4; ++i) value = (value << 8) | (offset + i < bytes.size() ? bytes[offset + i] : 0);
-    return value;
-}
-inline uint16_t BE16(const std::vector<uint8_t>& bytes, size_t offset) {
-    return static_cast<uint16_t>(BE32(bytes, offset) >> 16);
-}
 
 class WrittenProfile {
 public:
@@ -55,23 +42,15 @@ struct IccDumpResult {
     std::string output;
 };
 inline std::optional<IccDumpResult> RunIccDump(const std::string& path) {
-    std::string tool;
-    for (const char* candidate : {"/usr/bin/iccdump", "/usr/local/bin/iccdump"})
-        if (std::filesystem::exists(candidate)) tool = candidate;
+    const std::string tool = FindTool("iccdump");
     if (tool.empty()) return std::nullopt;
-    std::string quoted = "'";
-    for (char c : path) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    FILE* pipe = popen((tool + " -v 3 " + quoted + "' 2>&1").c_str(), "r");
-    if (!pipe) return std::nullopt;
-    IccDumpResult result;
-    std::array<char, 4096> chunk;
-    while (size_t got = fread(chunk.data(), 1, chunk.size(), pipe)) result.output.append(chunk.data(), got);
-    const int status = pclose(pipe);
+    const ProgramRun run = RunShell(ShellQuote(tool) + " -v 3 " + ShellQuote(path) + " 2>&1");
+    IccDumpResult result{false, run.out};
     // iccdump exits with 0 even when it cannot decode a tag; it says so in the dump.
     bool complained = false;
     for (const char* word : {"rror", "arning", "ailed", "Unable", "Unknown"})
         complained = complained || result.output.find(word) != std::string::npos;
-    result.clean = status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == 0 && !complained;
+    result.clean = run.code == 0 && !complained;
     return result;
 }
 

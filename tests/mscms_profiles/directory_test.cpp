@@ -138,7 +138,7 @@ TEST_F(ColorDirectoryTest, InstallAndUninstall) {
     EXPECT_EQ(ReadBytes(installed), ReadBytes(source));
 
     const std::string broken = env_.Root() + "/broken.icc";
-    Bytes bytes = LcmsSrgbProfile();
+    Bytes bytes = SrgbProfileBytes();
     bytes[36] = 'x';
     WriteBytes(broken, bytes);
     EXPECT_TRUE(FailsWith(InstallColorProfileW(nullptr, Wide(broken).c_str()), ERROR_INVALID_PROFILE));

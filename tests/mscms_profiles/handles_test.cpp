@@ -34,7 +34,7 @@ protected:
 };
 
 TEST_F(ProfileHandlesTest, ClosedAndForeignHandlesFail) {
-    HPROFILE profile = OpenMemory(LcmsSrgbProfile(), PROFILE_READWRITE);
+    HPROFILE profile = OpenMemory(SrgbProfileBytes(), PROFILE_READWRITE);
     ASSERT_NE(profile, nullptr);
     ASSERT_TRUE(CloseColorProfile(profile));
     ExpectAllRefuse(profile);
@@ -45,7 +45,7 @@ TEST_F(ProfileHandlesTest, ClosedAndForeignHandlesFail) {
 }
 
 TEST_F(ProfileHandlesTest, NullPointersAndBadArgumentsFail) {
-    HPROFILE profile = OpenMemory(LcmsSrgbProfile(), PROFILE_READWRITE);
+    HPROFILE profile = OpenMemory(SrgbProfileBytes(), PROFILE_READWRITE);
     ASSERT_NE(profile, nullptr);
     auto expectInvalidParameter = [](BOOL result, const char* what) {
         EXPECT_FALSE(result) << what;
@@ -63,7 +63,7 @@ TEST_F(ProfileHandlesTest, NullPointersAndBadArgumentsFail) {
     EXPECT_TRUE(CloseColorProfile(profile));
 
     // Opening: no record, unknown access, creation mode or record type.
-    const Bytes bytes = LcmsSrgbProfile();
+    const Bytes bytes = SrgbProfileBytes();
     PROFILE record{PROFILE_MEMBUFFER, const_cast<uint8_t*>(bytes.data()), static_cast<DWORD>(bytes.size())};
     EXPECT_EQ(OpenColorProfileW(nullptr, PROFILE_READ, 0, OPEN_EXISTING), nullptr);
     EXPECT_EQ(OpenColorProfileW(&record, 7, 0, OPEN_EXISTING), nullptr);

@@ -1,29 +1,17 @@
-// Profiles made with Little CMS (not by the code under test) and raw-byte
-// helpers for the MSCMS profile tests.
+// Handles and raw bytes of the MSCMS profile tests.
 #pragma once
 #include <icm.h>
-#include <lcms2.h>
 #include <windows.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "support/big_endian.h"
 #include "support/frame_fails_with.h"
+#include "support/lcms_profiles.h"
 
 namespace tesk::test {
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes LcmsSrgbProfile() {
-    cmsHPROFILE profile = cmsCreate_sRGBProfile();
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    Bytes bytes(size);
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
-}
 
 inline HPROFILE OpenMemory(const Bytes& bytes, DWORD access = PROFILE_READ) {
     PROFILE record{PROFILE_MEMBUFFER, const_cast<uint8_t*>(bytes.data()), static_cast<DWORD>(bytes.size())};
@@ -59,15 +47,6 @@ inline bool IsValid(const Bytes& bytes) {
     const bool result = profile && IsColorProfileValid(profile, &valid) && valid;
     if (profile) CloseColorProfile(profile);
     return result;
-}
-
-inline uint32_t BE32(const Bytes& bytes, size_t offset) {
-    return uint32_t{bytes.at(offset)} << 24 | uint32_t{bytes.at(offset + 1)} << 16 |
-           uint32_t{bytes.at(offset + 2)} << 8 | bytes.at(offset + 3);
-}
-
-inline void PutBE32(Bytes& bytes, size_t offset, uint32_t value) {
-    for (int i = 0; i < 4; ++i) bytes.at(offset + i) = static_cast<uint8_t>(value >> (24 - 8 * i));
 }
 
 // The offset of a tag's table entry in raw profile bytes; false when absent.

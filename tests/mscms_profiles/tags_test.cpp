@@ -13,7 +13,7 @@ namespace {
 class ProfileTagsTest : public IsolatedTest {
 protected:
     void SetUp() override {
-        profile_ = OpenMemory(LcmsSrgbProfile(), PROFILE_READWRITE);
+        profile_ = OpenMemory(SrgbProfileBytes(), PROFILE_READWRITE);
         ASSERT_NE(profile_, nullptr);
     }
     void TearDown() override {
@@ -161,7 +161,7 @@ TEST_F(ProfileTagsTest, SerializationAlignsTagsAndReportsTrueSize) {
 }
 
 TEST_F(ProfileTagsTest, MemoryProfileIsAPrivateCopyAndReadOnlyRefusesChanges) {
-    Bytes original = LcmsSrgbProfile();
+    Bytes original = SrgbProfileBytes();
     const Bytes copy = original;
     HPROFILE writable = OpenMemory(original, PROFILE_READWRITE);
     ASSERT_TRUE(SetColorProfileElementSize(writable, 'cprt', 0));
@@ -226,7 +226,7 @@ TEST_F(ProfileTagsTest, CreationModesFollowTheFile) {
     const std::wstring missing = Wide(env_.Root() + "/missing.icc");
     EXPECT_TRUE(FailsWith(OpenFile(missing, PROFILE_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND));
     const std::string existing = env_.Root() + "/existing.icc";
-    WriteBytes(existing, LcmsSrgbProfile());
+    WriteBytes(existing, SrgbProfileBytes());
     EXPECT_TRUE(FailsWith(OpenFile(Wide(existing), PROFILE_READWRITE, CREATE_NEW), ERROR_FILE_EXISTS));
     EXPECT_EQ(OpenFile(Wide(env_.Root() + "/no/such/folder.icc"), PROFILE_READWRITE, CREATE_ALWAYS), nullptr);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_PATH_NOT_FOUND));
@@ -234,7 +234,7 @@ TEST_F(ProfileTagsTest, CreationModesFollowTheFile) {
     HPROFILE readOnly = OpenFile(Wide(existing), PROFILE_READ, OPEN_EXISTING);
     ASSERT_NE(readOnly, nullptr);
     EXPECT_TRUE(CloseColorProfile(readOnly));
-    EXPECT_EQ(ReadBytes(existing), LcmsSrgbProfile());
+    EXPECT_EQ(ReadBytes(existing), SrgbProfileBytes());
 }
 
 }  // namespace

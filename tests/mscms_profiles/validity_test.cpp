@@ -13,7 +13,7 @@ class ProfileValidityTest : public IsolatedTest {
 protected:
     // Opens the sRGB profile read-write, lets `edit` change it, and judges it.
     bool ValidAfter(const std::function<void(HPROFILE)>& edit) {
-        HPROFILE profile = OpenMemory(LcmsSrgbProfile(), PROFILE_READWRITE);
+        HPROFILE profile = OpenMemory(SrgbProfileBytes(), PROFILE_READWRITE);
         EXPECT_NE(profile, nullptr);
         edit(profile);
         BOOL valid = 2;
@@ -83,7 +83,7 @@ TEST_F(ProfileValidityTest, RealPressProfilesAreValidUntilTheEngineFindsADamaged
 }
 
 TEST_F(ProfileValidityTest, BrokenContainersDoNotOpen) {
-    const Bytes good = LcmsSrgbProfile();
+    const Bytes good = SrgbProfileBytes();
     ASSERT_TRUE(IsValid(good));
     size_t entry = 0;
     ASSERT_TRUE(FindTagEntry(good, 'cprt', entry));
@@ -119,7 +119,7 @@ TEST_F(ProfileValidityTest, BrokenContainersDoNotOpen) {
 }
 
 TEST_F(ProfileValidityTest, SharedDataInAFileIsAReference) {
-    Bytes bytes = LcmsSrgbProfile();
+    Bytes bytes = SrgbProfileBytes();
     size_t cprt = 0, desc = 0;
     ASSERT_TRUE(FindTagEntry(bytes, 'cprt', cprt));
     ASSERT_TRUE(FindTagEntry(bytes, 'desc', desc));

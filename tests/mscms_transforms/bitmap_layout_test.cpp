@@ -31,7 +31,7 @@ Bytes PrimariesIn(const RgbLayout& layout) {
 
 class BitmapLayout : public IsolatedTest {
 protected:
-    Bytes srgb_ = SrgbProfile();
+    Bytes srgb_ = SrgbProfileBytes();
 };
 
 TEST_F(BitmapLayout, EightBitRgbFormatsPutEachPrimaryInItsByte) {
@@ -105,7 +105,7 @@ TEST_F(BitmapLayout, CmykQuadsAreReversedKymcQuads) {
 }
 
 TEST_F(BitmapLayout, GrayFormatsHoldOneChannel) {
-    const Bytes gray = GrayProfile();
+    const Bytes gray = GreyProfileBytes();
     Transform toGray = MakeTransform({&srgb_, &gray}, {INTENT_RELATIVE_COLORIMETRIC});
     Bytes rgb = {255, 255, 255, 0, 0, 0, 0, 255, 0, 0, 0, 255};  // white, black, green, red (B,G,R)
     Bytes levels(4);

@@ -17,7 +17,7 @@ class BitmapRows : public IsolatedTest {
 protected:
     void TearDown() override { unsetenv("TESK_TRANSLATE_THREADS"); }
 
-    Bytes srgb_ = SrgbProfile();
+    Bytes srgb_ = SrgbProfileBytes();
     Bytes fogra_ = FograProfile();
 };
 

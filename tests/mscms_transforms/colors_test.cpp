@@ -16,7 +16,7 @@ COLOR Rgb(WORD red, WORD green, WORD blue) {
 
 class Colors : public IsolatedTest {
 protected:
-    Bytes srgb_ = SrgbProfile();
+    Bytes srgb_ = SrgbProfileBytes();
 };
 
 TEST_F(Colors, RgbToCmykMatchesLcms2SixteenBit) {
@@ -78,7 +78,7 @@ TEST_F(Colors, LabAndXyzUseIccSixteenBitEncodings) {
 }
 
 TEST_F(Colors, GrayIsOneWordAndTheRestOfTheOutputIsCleared) {
-    const Bytes gray = GrayProfile();
+    const Bytes gray = GreyProfileBytes();
     Transform transform = MakeTransform({&srgb_, &gray}, {INTENT_RELATIVE_COLORIMETRIC});
     COLOR in[3] = {Rgb(0xFFFF, 0xFFFF, 0xFFFF), Rgb(0, 0, 0), Rgb(0, 0xFFFF, 0)};
     COLOR out[3];

@@ -46,7 +46,7 @@ protected:
         return LcmsChain({&srgb_, &fogra_}, intents, flags, TYPE_BGR_8, TYPE_CMYK_8, pixels_, 4096, 4);
     }
 
-    Bytes srgb_ = SrgbProfile();
+    Bytes srgb_ = SrgbProfileBytes();
     Bytes fogra_ = FograProfile();
     Bytes pixels_ = NoiseBytes(3 * 4096, 11);
 };
@@ -102,7 +102,7 @@ TEST_F(TransformCreation, DeviceLinkStandsAloneButMustFitItsNeighbours) {
     cmsHPROFILE cmyk = cmsOpenProfileFromMem(fogra_.data(), static_cast<cmsUInt32Number>(fogra_.size()));
     cmsHPROFILE rgb = cmsCreate_sRGBProfile();
     cmsHTRANSFORM cmykToRgb = cmsCreateTransform(cmyk, TYPE_CMYK_8, rgb, TYPE_RGB_8, INTENT_PERCEPTUAL, 0);
-    const Bytes link = SaveProfile(cmsTransform2DeviceLink(cmykToRgb, 4.3, 0));
+    const Bytes link = SavedProfile(cmsTransform2DeviceLink(cmykToRgb, 4.3, 0));
     cmsDeleteTransform(cmykToRgb);
     cmsCloseProfile(cmyk);
     cmsCloseProfile(rgb);

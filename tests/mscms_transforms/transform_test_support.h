@@ -15,31 +15,14 @@
 #include <vector>
 
 #include "support/frame_fails_with.h"
+#include "support/lcms_profiles.h"
 #include "support/temp_env.h"
 
 namespace tesk::test {
 
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes SaveProfile(cmsHPROFILE profile) {  // closes `profile`
-    cmsUInt32Number size = 0;
-    if (!profile || !cmsSaveProfileToMem(profile, nullptr, &size)) throw std::runtime_error("lcms2 profile");
-    Bytes bytes(size);
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
-}
-
-inline Bytes SrgbProfile() { return SaveProfile(cmsCreate_sRGBProfile()); }
-inline Bytes LabProfile() { return SaveProfile(cmsCreateLab4Profile(nullptr)); }
-inline Bytes XyzProfile() { return SaveProfile(cmsCreateXYZProfile()); }
+inline Bytes LabProfile() { return SavedProfile(cmsCreateLab4Profile(nullptr)); }
+inline Bytes XyzProfile() { return SavedProfile(cmsCreateXYZProfile()); }
 inline Bytes FograProfile() { return ReadBytes(DataPath("ColorProfile/ISO Coated (FOGRA39).icc")); }
-inline Bytes GrayProfile() {  // gamma 2.2, D50 white
-    cmsToneCurve* gamma = cmsBuildGamma(nullptr, 2.2);
-    Bytes bytes = SaveProfile(cmsCreateGrayProfile(cmsD50_xyY(), gamma));
-    cmsFreeToneCurve(gamma);
-    return bytes;
-}
 // A file's bytes, or empty when it is not installed.
 inline Bytes InstalledProfile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

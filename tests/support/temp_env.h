@@ -35,6 +35,8 @@ protected:
 // A file of the source tree's data/ folder, e.g. "ColorProfile/ISO Coated (FOGRA39).icc".
 std::string DataPath(const std::string& relative);
 std::vector<uint8_t> ReadBytes(const std::string& path);
+// The file's bytes as text; "" when it cannot be read.
+std::string ReadText(const std::string& path);
 void WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes);
 
 }  // namespace tesk::test

@@ -1,6 +1,5 @@
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 
-#include <lcms2.h>
 #include <tesk/loader.h>
 #include <tesk/path.h>
 
@@ -154,40 +153,6 @@ void ManagerTest::InstallPressProfile(const std::string& fileName, const std::st
     std::filesystem::copy_file(tesk::test::DataPath("ColorProfile/" + fileName),
                                ColorDir() + "/" + (as.empty() ? fileName : as),
                                std::filesystem::copy_options::overwrite_existing);
-}
-
-void WriteRgbProfile(const std::string& path, double gamma, const std::vector<uint16_t>& vcgt,
-                     uint16_t vcgtChannels) {
-    cmsCIExyY white;
-    cmsWhitePointFromTemp(&white, 6504);
-    cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1.0}, {0.21, 0.71, 1.0}, {0.15, 0.06, 1.0}};
-    cmsToneCurve* curve = cmsBuildGamma(nullptr, gamma);
-    cmsToneCurve* curves[3] = {curve, curve, curve};
-    cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-    cmsSetProfileVersion(profile, 2.1);
-    if (!vcgt.empty()) {
-        const uint16_t entries = static_cast<uint16_t>(vcgt.size() / vcgtChannels);
-        std::vector<uint8_t> tag = {'v', 'c', 'g', 't', 0, 0, 0, 0, 0, 0, 0, 0};
-        tag.push_back(uint8_t(vcgtChannels >> 8));
-        tag.push_back(uint8_t(vcgtChannels));
-        tag.push_back(uint8_t(entries >> 8));
-        tag.push_back(uint8_t(entries));
-        tag.push_back(0);
-        tag.push_back(2);
-        for (uint16_t value : vcgt) {
-            tag.push_back(uint8_t(value >> 8));
-            tag.push_back(uint8_t(value));
-        }
-        // Padding counted in the tag's size: the reader leaves a value that
-        // ends exactly at the tag's end unread.
-        tag.push_back(0);
-        tag.push_back(0);
-        cmsWriteRawTag(profile, static_cast<cmsTagSignature>(0x76636774), tag.data(),
-                       static_cast<cmsUInt32Number>(tag.size()));
-    }
-    cmsSaveProfileToFile(profile, path.c_str());
-    cmsCloseProfile(profile);
-    cmsFreeToneCurve(curve);
 }
 
 std::vector<uint16_t> TestRamp(size_t entries, uint16_t offset) {

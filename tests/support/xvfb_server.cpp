@@ -1,4 +1,4 @@
-#include "xvfb_server.h"
+#include "support/xvfb_server.h"
 
 #include <poll.h>
 #include <signal.h>

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/imaging/RowIteratorBands.h"
-#include "manager_test_support.h"
+#include "support/manager_harness.h"
 
 namespace device_test {
 

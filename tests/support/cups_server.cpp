@@ -1,4 +1,4 @@
-#include "cups_server.h"
+#include "support/cups_server.h"
 
 #include <signal.h>
 #include <sys/prctl.h>

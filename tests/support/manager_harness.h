@@ -11,6 +11,7 @@
 
 #include "colormgr/ColorManager.h"
 #include "host/SettingsStore.h"
+#include "support/lcms_profiles.h"
 #include "support/temp_env.h"
 
 class CColorManagerTestAccess {
@@ -68,10 +69,7 @@ protected:
     void InstallPressProfile(const std::string& fileName, const std::string& as = "");
 };
 
-// A gamma-2.2 RGB display profile (version 2, one-entry 'curv' TRCs) with
-// Adobe RGB primaries; with `vcgt` values (channels x entries, 16-bit) when given.
-void WriteRgbProfile(const std::string& path, double gamma, const std::vector<uint16_t>& vcgt = {},
-                     uint16_t vcgtChannels = 3);
+using tesk::test::WriteRgbProfile;
 // A strictly increasing, non-identity ramp of `entries` values per channel.
 std::vector<uint16_t> TestRamp(size_t entries, uint16_t offset);
 // The virtual display's gamma ramp.
