@@ -3,6 +3,7 @@
 #include <icm.h>
 #include <tesk/path.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include <algorithm>
 
@@ -31,7 +32,8 @@ struct AssociationArguments {
 
 bool ReadArguments(PCWSTR machine, PCWSTR profileName, PCWSTR deviceName, AssociationArguments& out) {
     std::wstring profile, device;
-    if (!IsLocalMachine(machine) || !TextArgument(profileName, profile) || !TextArgument(deviceName, device))
+    // Missing arguments are reported before the machine, as Windows does.
+    if (!TextArgument(profileName, profile) || !TextArgument(deviceName, device) || !IsLocalMachine(machine))
         return false;
     out.profile = FileName(ProfilePath(profile));
     out.device = tesk::path::Utf8(device);
@@ -63,7 +65,7 @@ bool ForgetProfileInAssociations(const std::string& fileName) {
 }  // namespace tesk::mscms
 
 // Appends the profile to the device's list; only installed profiles may be associated.
-BOOL WINAPI AssociateColorProfileWithDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) {
+BOOL WINAPI AssociateColorProfileWithDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) try {
     AssociationArguments args;
     if (!ReadArguments(pMachineName, pProfileName, pDeviceName, args)) return FALSE;
     if (!IsInstalled(args.profile)) {
@@ -81,9 +83,11 @@ BOOL WINAPI AssociateColorProfileWithDeviceW(PCWSTR pMachineName, PCWSTR pProfil
         return FALSE;
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI DisassociateColorProfileFromDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) {
+BOOL WINAPI DisassociateColorProfileFromDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) try {
     AssociationArguments args;
     if (!ReadArguments(pMachineName, pProfileName, pDeviceName, args)) return FALSE;
     std::lock_guard lock(SettingsMutex());
@@ -104,4 +108,6 @@ BOOL WINAPI DisassociateColorProfileFromDeviceW(PCWSTR pMachineName, PCWSTR pPro
         return FALSE;
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

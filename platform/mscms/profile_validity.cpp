@@ -124,11 +124,14 @@ bool IsKnownColorSpace(uint32_t space) {
     return (space & 0x00FFFFFF) == 'CLR' && ((digit >= '2' && digit <= '9') || (digit >= 'A' && digit <= 'F'));
 }
 
+bool IsProfileFile(const IccContainer& container) {
+    const uint32_t major = container.header[8];
+    return major >= 2 && major <= 4 && ReadBE32(container.header, 36) == 'acsp';
+}
+
 bool IsValidProfile(const IccContainer& container) {
     const std::span<const uint8_t> header(container.header);
-    const uint32_t major = header[8];
-    if (major < 2 || major > 4) return false;
-    if (ReadBE32(header, 36) != 'acsp') return false;
+    if (!IsProfileFile(container)) return false;
     const uint32_t profileClass = ReadBE32(header, 12);
     const uint32_t dataSpace = ReadBE32(header, 16);
     const uint32_t connectionSpace = ReadBE32(header, 20);
