@@ -53,7 +53,6 @@ TEST_F(CBoundaryTest, ImpossibleSizesFailTheWindowsWay) {
     uint8_t bytes[64] = {};
     DWORD size = 16, intent = INTENT_PERCEPTUAL;
     BOOL reference = FALSE;
-    TAGTYPE tag = 0;
     BITMAPINFO info{};
     info.bmiHeader = {sizeof(BITMAPINFOHEADER), 1, 1, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     DISPLAY_DEVICEW device{};
@@ -75,8 +74,6 @@ TEST_F(CBoundaryTest, ImpossibleSizesFailTheWindowsWay) {
          [&] { return !SetColorProfileElement(writable_, 'wtpt', 0xFFFFFFF0, &size, bytes); }, ERROR_NOT_ENOUGH_MEMORY},
         {"SetColorProfileElementSize", [&] { return !SetColorProfileElementSize(writable_, 'big ', 0xFFFFFFFF); },
          ERROR_NOT_ENOUGH_MEMORY},
-        {"GetColorProfileElementTag", [&] { return !GetColorProfileElementTag(writable_, 0xFFFFFFFF, &tag); },
-         ERROR_INVALID_PARAMETER},
         {"CreateCompatibleBitmap", [&] { return !CreateCompatibleBitmap(dc_, INT_MAX, INT_MAX); },
          ERROR_INVALID_PARAMETER},
         {"BitBlt", [&] { return !BitBlt(dc_, 0, 0, INT_MAX, INT_MAX, dc_, 0, 0, SRCCOPY); }, ERROR_INVALID_PARAMETER},
