@@ -32,12 +32,15 @@ void WalkTags(HPROFILE profile) {
         if (!GetColorProfileElementTag(profile, i, &tag)) abort();
         DWORD size = 0;
         BOOL reference = FALSE;
-        if (!GetColorProfileElement(profile, tag, 0, &size, nullptr, &reference)) abort();
+        // A size query fails by design and reports the size.
+        if (GetColorProfileElement(profile, tag, 0, &size, nullptr, &reference) ||
+            GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+            abort();
         buffer.assign(size + 1, 0);
         DWORD read = size + 1;  // more than the tag holds: only the tag comes back
         if (!GetColorProfileElement(profile, tag, 0, &read, buffer.data(), &reference) || read != size) abort();
         read = 4;
-        GetColorProfileElement(profile, tag, size / 2, &read, buffer.data(), nullptr);
+        GetColorProfileElement(profile, tag, size / 2, &read, buffer.data(), &reference);
     }
 }
 

@@ -32,12 +32,12 @@ private:
     Function function_ = nullptr;
 };
 
-// Sizes of MSCMS text count two bytes a character.
+// Sizes of MSCMS text count bytes of WCHAR.
 std::wstring AskText(const std::function<BOOL(PWSTR, PDWORD)>& call) {
     DWORD bytes = 0;
     call(nullptr, &bytes);
     if (bytes == 0 || bytes > 1u << 20) return L"";
-    std::wstring text(bytes / 2 + 1, L'\0');
+    std::wstring text(bytes / sizeof(WCHAR) + 1, L'\0');
     if (!call(text.data(), &bytes)) return L"";
     text.resize(std::wcslen(text.c_str()));
     return text;

@@ -1,4 +1,6 @@
 // CreateDCW, CreateCompatibleDC, DeleteDC and GetDeviceCaps.
+#include <tesk/export_guard.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -47,7 +49,7 @@ HDC tesk::display::CreateWindowContext(uintptr_t window) {
     return gdi::AddDeviceContext(std::move(dc));
 }
 
-HDC WINAPI CreateDCW(LPCWSTR pwszDriver, LPCWSTR pwszDevice, LPCWSTR pszPort, const DEVMODEW* pdm) {
+HDC WINAPI CreateDCW(LPCWSTR pwszDriver, LPCWSTR pwszDevice, LPCWSTR pszPort, const DEVMODEW* pdm) try {
     (void)pszPort;
     auto lock = gdi::Lock();
     // "DISPLAY" or a display device name as the driver (the device may narrow
@@ -72,9 +74,11 @@ HDC WINAPI CreateDCW(LPCWSTR pwszDriver, LPCWSTR pwszDevice, LPCWSTR pszPort, co
     }
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
+} catch (...) {
+    return tesk::FailAtBoundary(HDC{});
 }
 
-HDC WINAPI CreateCompatibleDC(HDC hdc) {
+HDC WINAPI CreateCompatibleDC(HDC hdc) try {
     auto lock = gdi::Lock();
     auto memory = std::make_shared<gdi::DeviceContext>();
     memory->kind = gdi::DeviceKind::Memory;
@@ -93,9 +97,11 @@ HDC WINAPI CreateCompatibleDC(HDC hdc) {
     HDC handle = gdi::AddDeviceContext(std::move(memory));
     stock->selectedInto = handle;
     return handle;
+} catch (...) {
+    return tesk::FailAtBoundary(HDC{});
 }
 
-BOOL WINAPI DeleteDC(HDC hdc) {
+BOOL WINAPI DeleteDC(HDC hdc) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = gdi::FindDeviceContext(hdc);
     if (!dc) return FALSE;
@@ -104,9 +110,11 @@ BOOL WINAPI DeleteDC(HDC hdc) {
         gdi::RemoveBitmap(dc->stockBitmap);
     }
     return gdi::RemoveDeviceContext(hdc) ? TRUE : FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-int WINAPI GetDeviceCaps(HDC hdc, int index) {
+int WINAPI GetDeviceCaps(HDC hdc, int index) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = gdi::FindDeviceContext(hdc);
     if (!dc) return 0;
@@ -147,4 +155,6 @@ int WINAPI GetDeviceCaps(HDC hdc, int index) {
     case COLORMGMTCAPS: return dc->kind == gdi::DeviceKind::Display ? CM_GAMMA_RAMP : CM_NONE;
     default: return 0;
     }
+} catch (...) {
+    return tesk::FailAtBoundary(0);
 }

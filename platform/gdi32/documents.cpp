@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <unistd.h>
+#include <tesk/export_guard.h>
 
 #include "device_mode.h"
 #include "gdi_objects.h"
@@ -55,7 +56,7 @@ bool FinishPage(gdi::DeviceContext& dc) {
 
 }  // namespace
 
-int WINAPI StartDocW(HDC hdc, const DOCINFOW* lpdi) {
+int WINAPI StartDocW(HDC hdc, const DOCINFOW* lpdi) try {
     static std::atomic<int> nextJob{1};
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = PrinterContext(hdc);
@@ -79,9 +80,11 @@ int WINAPI StartDocW(HDC hdc, const DOCINFOW* lpdi) {
     }
     dc->inDocument = true;
     return nextJob++;
+} catch (...) {
+    return tesk::FailAtBoundary(SP_ERROR);
 }
 
-int WINAPI StartPage(HDC hdc) {
+int WINAPI StartPage(HDC hdc) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = PrinterContext(hdc);
     if (!dc) return SP_ERROR;
@@ -93,9 +96,11 @@ int WINAPI StartPage(HDC hdc) {
     dc->pageSurface = std::make_shared<gdi::Bitmap>(page.width, page.height);
     dc->inPage = true;
     return 1;
+} catch (...) {
+    return tesk::FailAtBoundary(SP_ERROR);
 }
 
-int WINAPI EndPage(HDC hdc) {
+int WINAPI EndPage(HDC hdc) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = PrinterContext(hdc);
     if (!dc) return SP_ERROR;
@@ -104,9 +109,11 @@ int WINAPI EndPage(HDC hdc) {
         return SP_ERROR;
     }
     return FinishPage(*dc) ? 1 : SP_ERROR;
+} catch (...) {
+    return tesk::FailAtBoundary(SP_ERROR);
 }
 
-int WINAPI EndDoc(HDC hdc) {
+int WINAPI EndDoc(HDC hdc) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = PrinterContext(hdc);
     if (!dc) return SP_ERROR;
@@ -120,9 +127,11 @@ int WINAPI EndDoc(HDC hdc) {
     if (ok && dc->documentIsSpooled) ok = printers::Submit(dc->printer, dc->documentPath, dc->documentName, dc->devMode.dmCopies);
     EndDocumentState(*dc);
     return ok ? 1 : SP_ERROR;
+} catch (...) {
+    return tesk::FailAtBoundary(SP_ERROR);
 }
 
-int WINAPI AbortDoc(HDC hdc) {
+int WINAPI AbortDoc(HDC hdc) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = PrinterContext(hdc);
     if (!dc) return SP_ERROR;
@@ -134,12 +143,14 @@ int WINAPI AbortDoc(HDC hdc) {
     if (!dc->documentIsSpooled) std::remove(dc->documentPath.c_str());
     EndDocumentState(*dc);
     return 1;
+} catch (...) {
+    return tesk::FailAtBoundary(SP_ERROR);
 }
 
 // Printers are named, not opened: hPrinter is not used. No dialog is shown;
 // DM_IN_PROMPT is taken as a request for the current settings.
 LONG WINAPI DocumentPropertiesW(HWND hWnd, HANDLE hPrinter, LPWSTR pDeviceName, PDEVMODEW pDevModeOutput,
-                                PDEVMODEW pDevModeInput, DWORD fMode) {
+                                PDEVMODEW pDevModeInput, DWORD fMode) try {
     (void)hWnd;
     (void)hPrinter;
     std::optional<printers::Printer> printer = printers::Find(pDeviceName);
@@ -158,9 +169,11 @@ LONG WINAPI DocumentPropertiesW(HWND hWnd, HANDLE hPrinter, LPWSTR pDeviceName, 
         *pDevModeOutput = mode;
     }
     return IDOK;
+} catch (...) {
+    return tesk::FailAtBoundary(LONG{-1});
 }
 
-BOOL WINAPI GetDefaultPrinterW(LPWSTR pszBuffer, LPDWORD pcchBuffer) {
+BOOL WINAPI GetDefaultPrinterW(LPWSTR pszBuffer, LPDWORD pcchBuffer) try {
     if (!pcchBuffer) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
@@ -179,21 +192,27 @@ BOOL WINAPI GetDefaultPrinterW(LPWSTR pszBuffer, LPDWORD pcchBuffer) {
     std::wmemcpy(pszBuffer, name.c_str(), needed);
     *pcchBuffer = needed;
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI SetDefaultPrinterW(LPCWSTR pszPrinter) {
+BOOL WINAPI SetDefaultPrinterW(LPCWSTR pszPrinter) try {
     if (!pszPrinter || !*pszPrinter) {
         SetLastError(ERROR_INVALID_PRINTER_NAME);
         return FALSE;
     }
     return printers::SetDefaultName(pszPrinter) ? TRUE : FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI TeskQueryDefaultPrinterDevice(LPWSTR buffer, DWORD size) {
+BOOL WINAPI TeskQueryDefaultPrinterDevice(LPWSTR buffer, DWORD size) try {
     std::optional<printers::Printer> printer = printers::Find(printers::DefaultName().c_str());
     if (!buffer || !printer) return FALSE;
     std::wstring device = printer->name + L"," + printer->driver + L"," + printer->port;
     if (device.size() + 1 > size) return FALSE;
     std::wmemcpy(buffer, device.c_str(), device.size() + 1);
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

@@ -1,4 +1,6 @@
 // Bitmaps and the raster calls: pixels reach a DC's surface row by row.
+#include <tesk/export_guard.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -53,7 +55,7 @@ gdi::Bitmap* TargetSurface(HDC hdc, gdi::DeviceContext*& dc) {
 
 }  // namespace
 
-HBITMAP WINAPI CreateCompatibleBitmap(HDC hdc, int cx, int cy) {
+HBITMAP WINAPI CreateCompatibleBitmap(HDC hdc, int cx, int cy) try {
     auto lock = gdi::Lock();
     if (!gdi::FindDeviceContext(hdc)) return nullptr;
     if (cx < 0 || cy < 0 || int64_t(cx) * int64_t(cy) > kMaxBitmapPixels) {
@@ -64,9 +66,11 @@ HBITMAP WINAPI CreateCompatibleBitmap(HDC hdc, int cx, int cy) {
     auto bitmap = std::make_shared<gdi::Bitmap>(std::max(cx, 1), std::max(cy, 1));
     std::fill(bitmap->pixels.begin(), bitmap->pixels.end(), 0u);
     return gdi::AddBitmap(std::move(bitmap));
+} catch (...) {
+    return tesk::FailAtBoundary(HBITMAP{});
 }
 
-HGDIOBJ WINAPI SelectObject(HDC hdc, HGDIOBJ h) {
+HGDIOBJ WINAPI SelectObject(HDC hdc, HGDIOBJ h) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = gdi::FindDeviceContext(hdc);
     if (!dc) return nullptr;
@@ -83,9 +87,11 @@ HGDIOBJ WINAPI SelectObject(HDC hdc, HGDIOBJ h) {
     bitmap->selectedInto = hdc;
     dc->bitmap = static_cast<HBITMAP>(h);
     return previous;
+} catch (...) {
+    return tesk::FailAtBoundary(HGDIOBJ{});
 }
 
-BOOL WINAPI DeleteObject(HGDIOBJ ho) {
+BOOL WINAPI DeleteObject(HGDIOBJ ho) try {
     auto lock = gdi::Lock();
     gdi::Bitmap* bitmap = gdi::FindBitmap(static_cast<HBITMAP>(ho));
     if (!bitmap) return FALSE;
@@ -94,23 +100,28 @@ BOOL WINAPI DeleteObject(HGDIOBJ ho) {
         return FALSE;
     }
     return gdi::RemoveBitmap(static_cast<HBITMAP>(ho)) ? TRUE : FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-COLORREF WINAPI GetPixel(HDC hdc, int x, int y) {
+COLORREF WINAPI GetPixel(HDC hdc, int x, int y) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = nullptr;
     gdi::Bitmap* surface = TargetSurface(hdc, dc);
     if (!surface || x < 0 || y < 0 || x >= surface->width || y >= surface->height) return CLR_INVALID;
     uint32_t pixel = surface->Row(y)[x];
     return RGB((pixel >> 16) & 0xFF, (pixel >> 8) & 0xFF, pixel & 0xFF);
+} catch (...) {
+    return tesk::FailAtBoundary(COLORREF{CLR_INVALID});
 }
 
-BOOL WINAPI BitBlt(HDC hdc, int x, int y, int cx, int cy, HDC hdcSrc, int x1, int y1, DWORD rop) {
+BOOL WINAPI BitBlt(HDC hdc, int x, int y, int cx, int cy, HDC hdcSrc, int x1, int y1, DWORD rop) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = nullptr;
     gdi::Bitmap* target = TargetSurface(hdc, dc);
     if (!target) return FALSE;
-    if (!IsSupportedRop(rop) || cx < 0 || cy < 0) {
+    // No rectangle larger than the largest bitmap: its block is allocated below.
+    if (!IsSupportedRop(rop) || cx < 0 || cy < 0 || int64_t(cx) * int64_t(cy) > kMaxBitmapPixels) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
@@ -135,6 +146,8 @@ BOOL WINAPI BitBlt(HDC hdc, int x, int y, int cx, int cy, HDC hdcSrc, int x1, in
     for (int row = 0; row < cy; ++row) WriteRow(*dc, *target, x, y + row, block.data() + size_t(row) * size_t(cx), cx);
     Present(*dc, *target, x, y, int64_t(x) + cx, int64_t(y) + cy);
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
 // The source rectangle counts rows from the bottom of a bottom-up DIB (its
@@ -142,7 +155,7 @@ BOOL WINAPI BitBlt(HDC hdc, int x, int y, int cx, int cy, HDC hdcSrc, int x1, in
 // top-down one. The buffer holds the scan lines StartScan .. StartScan +
 // cLines - 1, counted the same way.
 int WINAPI SetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, int xSrc, int ySrc, UINT StartScan,
-                             UINT cLines, const void* lpvBits, const BITMAPINFO* lpbmi, UINT ColorUse) {
+                             UINT cLines, const void* lpvBits, const BITMAPINFO* lpbmi, UINT ColorUse) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = nullptr;
     gdi::Bitmap* target = TargetSurface(hdc, dc);
@@ -173,11 +186,13 @@ int WINAPI SetDIBitsToDevice(HDC hdc, int xDest, int yDest, DWORD w, DWORD h, in
     }
     Present(*dc, *target, xDest, yDest, int64_t(xDest) + w, int64_t(yDest) + h);
     return int(cLines);
+} catch (...) {
+    return tesk::FailAtBoundary(0);
 }
 
 int WINAPI StretchDIBits(HDC hdc, int xDest, int yDest, int DestWidth, int DestHeight, int xSrc, int ySrc,
                          int SrcWidth, int SrcHeight, const void* lpBits, const BITMAPINFO* lpbmi, UINT iUsage,
-                         DWORD rop) {
+                         DWORD rop) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = nullptr;
     gdi::Bitmap* target = TargetSurface(hdc, dc);
@@ -223,9 +238,11 @@ int WINAPI StretchDIBits(HDC hdc, int xDest, int yDest, int DestWidth, int DestH
     }
     Present(*dc, *target, left, top, left + dw, top + dh);
     return int(sh);
+} catch (...) {
+    return tesk::FailAtBoundary(0);
 }
 
-int WINAPI GetDIBits(HDC hdc, HBITMAP hbm, UINT start, UINT cLines, LPVOID lpvBits, LPBITMAPINFO lpbmi, UINT usage) {
+int WINAPI GetDIBits(HDC hdc, HBITMAP hbm, UINT start, UINT cLines, LPVOID lpvBits, LPBITMAPINFO lpbmi, UINT usage) try {
     auto lock = gdi::Lock();
     if (!gdi::FindDeviceContext(hdc)) return 0;
     gdi::Bitmap* bitmap = gdi::FindBitmap(hbm);
@@ -271,4 +288,6 @@ int WINAPI GetDIBits(HDC hdc, HBITMAP hbm, UINT start, UINT cLines, LPVOID lpvBi
         }
     }
     return int(lines);
+} catch (...) {
+    return tesk::FailAtBoundary(0);
 }

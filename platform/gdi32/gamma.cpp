@@ -1,4 +1,6 @@
 // Gamma ramps of display device contexts: three arrays of 256 WORDs.
+#include <tesk/export_guard.h>
+
 #include <cstring>
 
 #include "display.h"
@@ -34,7 +36,7 @@ gdi::DeviceContext* DisplayContext(HDC hdc) {
 
 }  // namespace
 
-BOOL WINAPI GetDeviceGammaRamp(HDC hdc, LPVOID lpRamp) {
+BOOL WINAPI GetDeviceGammaRamp(HDC hdc, LPVOID lpRamp) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = DisplayContext(hdc);
     if (!dc) return FALSE;
@@ -49,9 +51,11 @@ BOOL WINAPI GetDeviceGammaRamp(HDC hdc, LPVOID lpRamp) {
     }
     std::memcpy(lpRamp, ramp.data(), ramp.size() * sizeof(WORD));
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI SetDeviceGammaRamp(HDC hdc, LPVOID lpRamp) {
+BOOL WINAPI SetDeviceGammaRamp(HDC hdc, LPVOID lpRamp) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = DisplayContext(hdc);
     if (!dc) return FALSE;
@@ -66,4 +70,6 @@ BOOL WINAPI SetDeviceGammaRamp(HDC hdc, LPVOID lpRamp) {
         return FALSE;
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

@@ -1,6 +1,7 @@
 // The ICM side of device contexts: the profile a DC matches to, the ICM mode
 // and the profiles associated with the DC's device.
 #include <tesk/path.h>
+#include <tesk/export_guard.h>
 
 #include <cwchar>
 
@@ -41,7 +42,7 @@ std::string tesk::gdi::ProfileOf(const DeviceContext& dc) {
     return gdi::StandardProfile();
 }
 
-BOOL WINAPI GetICMProfileW(HDC hdc, LPDWORD pBufSize, LPWSTR pszFilename) {
+BOOL WINAPI GetICMProfileW(HDC hdc, LPDWORD pBufSize, LPWSTR pszFilename) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = gdi::FindDeviceContext(hdc);
     if (!dc) return FALSE;
@@ -64,9 +65,11 @@ BOOL WINAPI GetICMProfileW(HDC hdc, LPDWORD pBufSize, LPWSTR pszFilename) {
     std::wmemcpy(pszFilename, name.c_str(), needed);
     *pBufSize = needed;
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI SetICMProfileW(HDC hdc, LPWSTR lpFileName) {
+BOOL WINAPI SetICMProfileW(HDC hdc, LPWSTR lpFileName) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = gdi::FindDeviceContext(hdc);
     if (!dc) return FALSE;
@@ -81,9 +84,11 @@ BOOL WINAPI SetICMProfileW(HDC hdc, LPWSTR lpFileName) {
     if (dc->kind == gdi::DeviceKind::Display) return display::Current().SetProfile(dc->adapter, profile);
     dc->profile = profile;
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-int WINAPI SetICMMode(HDC hdc, int mode) {
+int WINAPI SetICMMode(HDC hdc, int mode) try {
     auto lock = gdi::Lock();
     gdi::DeviceContext* dc = gdi::FindDeviceContext(hdc);
     if (!dc) return 0;
@@ -99,9 +104,11 @@ int WINAPI SetICMMode(HDC hdc, int mode) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
+} catch (...) {
+    return tesk::FailAtBoundary(0);
 }
 
-int WINAPI EnumICMProfilesW(HDC hdc, ICMENUMPROCW proc, LPARAM param) {
+int WINAPI EnumICMProfilesW(HDC hdc, ICMENUMPROCW proc, LPARAM param) try {
     std::vector<std::string> profiles;
     {
         auto lock = gdi::Lock();
@@ -122,4 +129,6 @@ int WINAPI EnumICMProfilesW(HDC hdc, ICMENUMPROCW proc, LPARAM param) {
         if (result == 0) break;
     }
     return result;
+} catch (...) {
+    return tesk::FailAtBoundary(-1);
 }

@@ -3,6 +3,7 @@
 
 #include <gtk/gtk.h>
 #include <tesk/path.h>
+#include <tesk/export_guard.h>
 
 #include <cstdlib>
 
@@ -177,6 +178,8 @@ DialogResult RunDialog(COLORMATCHSETUPW& setup, Choices& choices) {
 
 // The one entry point of the dialog module, found by name when it is loaded.
 extern "C" __attribute__((visibility("default"))) int TeskRunColorMatchingDialog(COLORMATCHSETUPW* setup,
-                                                                               tesk::icmui::Choices* choices) {
+                                                                               tesk::icmui::Choices* choices) try {
     return static_cast<int>(tesk::icmui::RunDialog(*setup, *choices));
+} catch (...) {
+    return tesk::FailAtBoundary(static_cast<int>(tesk::icmui::DialogResult::Unavailable));
 }

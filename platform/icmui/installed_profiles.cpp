@@ -12,13 +12,13 @@
 namespace tesk::icmui {
 namespace {
 
-// The colour directory as MSCMS names it (its sizes count two bytes a character).
+// The colour directory as MSCMS names it.
 std::string ColorDirectory() {
     std::string folder;
     if (HMODULE mscms = LoadLibraryW(L"MSCMS.DLL")) {
         auto get = reinterpret_cast<decltype(&GetColorDirectoryW)>(GetProcAddress(mscms, "GetColorDirectoryW"));
         WCHAR buffer[1024] = {};
-        DWORD size = sizeof buffer / 2;
+        DWORD size = sizeof buffer;
         if (get && get(nullptr, buffer, &size)) folder = path::ToNative(buffer);
         FreeLibrary(mscms);
     }

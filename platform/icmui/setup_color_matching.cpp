@@ -1,13 +1,14 @@
 // SetupColorMatchingW: the colour-matching dialog.
 #include <icm.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include "choices.h"
 #include "dialog_module.h"
 
 using namespace tesk;
 
-BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms) {
+BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms) try {
     if (!pcms || pcms->dwSize < sizeof(COLORMATCHSETUPW) || pcms->dwVersion < COLOR_MATCH_VERSION) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
@@ -26,4 +27,6 @@ BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms) {
     // No dialog can be shown (no display, or no GTK); the record stays untouched.
     SetLastError(ERROR_NOT_SUPPORTED);
     return FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

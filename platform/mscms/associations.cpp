@@ -3,6 +3,7 @@
 #include <tesk/device_associations.h>
 #include <tesk/path.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include "color_directory.h"
 #include "installed_profiles.h"
@@ -18,7 +19,8 @@ struct AssociationArguments {
 
 bool ReadArguments(PCWSTR machine, PCWSTR profileName, PCWSTR deviceName, AssociationArguments& out) {
     std::wstring profile, device;
-    if (!IsLocalMachine(machine) || !TextArgument(profileName, profile) || !TextArgument(deviceName, device))
+    // Missing arguments are reported before the machine, as Windows does.
+    if (!TextArgument(profileName, profile) || !TextArgument(deviceName, device) || !IsLocalMachine(machine))
         return false;
     out.profile = FileName(ProfilePath(profile));
     out.device = tesk::path::Utf8(device);
@@ -28,7 +30,7 @@ bool ReadArguments(PCWSTR machine, PCWSTR profileName, PCWSTR deviceName, Associ
 }  // namespace
 
 // Appends the profile to the device's list; only installed profiles may be associated.
-BOOL WINAPI AssociateColorProfileWithDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) {
+BOOL WINAPI AssociateColorProfileWithDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) try {
     AssociationArguments args;
     if (!ReadArguments(pMachineName, pProfileName, pDeviceName, args)) return FALSE;
     if (!IsInstalled(args.profile)) {
@@ -40,9 +42,11 @@ BOOL WINAPI AssociateColorProfileWithDeviceW(PCWSTR pMachineName, PCWSTR pProfil
         return FALSE;
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI DisassociateColorProfileFromDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) {
+BOOL WINAPI DisassociateColorProfileFromDeviceW(PCWSTR pMachineName, PCWSTR pProfileName, PCWSTR pDeviceName) try {
     AssociationArguments args;
     if (!ReadArguments(pMachineName, pProfileName, pDeviceName, args)) return FALSE;
     switch (tesk::associations::Remove(args.device, args.profile)) {
@@ -54,4 +58,6 @@ BOOL WINAPI DisassociateColorProfileFromDeviceW(PCWSTR pMachineName, PCWSTR pPro
     }
     SetLastError(ERROR_WRITE_FAULT);
     return FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

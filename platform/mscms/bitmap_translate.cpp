@@ -2,6 +2,7 @@
 // bands of rows on worker threads; never pixel by pixel.
 #include <icm.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include <algorithm>
 #include <atomic>
@@ -148,7 +149,7 @@ using namespace tesk::mscms;
 // from it stops the translation, which then fails with ERROR_CANCELLED.
 BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT bmInput, DWORD dwWidth,
                                 DWORD dwHeight, DWORD dwInputStride, PVOID pDestBits, BMFORMAT bmOutput,
-                                DWORD dwOutputStride, PBMCALLBACKFN pfnCallBack, LPARAM ulCallbackData) {
+                                DWORD dwOutputStride, PBMCALLBACKFN pfnCallBack, LPARAM ulCallbackData) try {
     auto transform = FindTransform(hColorTransform);
     if (!transform) return FALSE;
     if (!pSrcBits || !pDestBits) {
@@ -198,4 +199,6 @@ BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFO
         }
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

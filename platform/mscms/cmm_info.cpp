@@ -2,12 +2,13 @@
 #include <icm.h>
 #include <lcms2.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include "transform_handles.h"
 
 using namespace tesk::mscms;
 
-DWORD WINAPI GetCMMInfo(HTRANSFORM hColorTransform, DWORD dwInfo) {
+DWORD WINAPI GetCMMInfo(HTRANSFORM hColorTransform, DWORD dwInfo) try {
     if (!FindTransform(hColorTransform)) return 0;
     // The engine targets Windows 2000 and later, never Windows 95.
     constexpr DWORD kWindowsVersion = 0x00050000;
@@ -21,4 +22,6 @@ DWORD WINAPI GetCMMInfo(HTRANSFORM hColorTransform, DWORD dwInfo) {
         SetLastError(ERROR_NOT_SUPPORTED);
         return 0;
     }
+} catch (...) {
+    return tesk::FailAtBoundary(DWORD{0});
 }

@@ -82,8 +82,8 @@ BOOL CopyTextOut(const std::wstring& text, PWSTR buffer, PDWORD byteSize) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    // Two bytes a character, as on Windows, whatever the width of wchar_t.
-    const DWORD needed = static_cast<DWORD>(2 * (text.size() + 1));
+    // Bytes of this platform's WCHAR: a caller that passes sizeof its buffer is never written past.
+    const DWORD needed = static_cast<DWORD>(sizeof(WCHAR) * (text.size() + 1));
     if (!buffer || *byteSize < needed) {
         *byteSize = needed;
         SetLastError(ERROR_INSUFFICIENT_BUFFER);

@@ -22,9 +22,9 @@ bool TextArgument(PCWSTR text, std::wstring& out);
 // Only the local machine is served: a machine name must be null or empty.
 bool IsLocalMachine(PCWSTR machineName);
 
-// Copies `text` and its terminator into `buffer`, whose size `*byteSize`
-// counts two bytes a character as on Windows. Too small or null: the size
-// needed goes to `*byteSize` and the call fails with ERROR_INSUFFICIENT_BUFFER.
+// Copies `text` and its terminator into `buffer` of `*byteSize` bytes. Too
+// small or null: the size needed goes to `*byteSize` and the call fails with
+// ERROR_INSUFFICIENT_BUFFER.
 BOOL CopyTextOut(const std::wstring& text, PWSTR buffer, PDWORD byteSize);
 
 // Whole file; false with last error set when it cannot be read.

@@ -2,7 +2,9 @@
 // one lcms2 call, and unpacked into the output array.
 #include <icm.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -50,7 +52,7 @@ bool LookUpColorLayout(COLORTYPE type, ColorLayout& layout, DWORD& error) {
 using namespace tesk::mscms;
 
 BOOL WINAPI TranslateColors(HTRANSFORM hColorTransform, PCOLOR paInputColors, DWORD nColors, COLORTYPE ctInput,
-                            PCOLOR paOutputColors, COLORTYPE ctOutput) {
+                            PCOLOR paOutputColors, COLORTYPE ctOutput) try {
     auto transform = FindTransform(hColorTransform);
     if (!transform) return FALSE;
     ColorLayout input, output;
@@ -76,22 +78,23 @@ BOOL WINAPI TranslateColors(HTRANSFORM hColorTransform, PCOLOR paInputColors, DW
         return FALSE;
     }
 
-    std::vector<uint8_t> packedIn, packedOut;
-    try {
-        packedIn.resize(size_t{nColors} * input.bytes);
-        packedOut.resize(size_t{nColors} * output.bytes);
-    } catch (const std::bad_alloc&) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return FALSE;
-    }
-    // Input and output may be the same array: all input is read before any
-    // output is written.
-    for (DWORD i = 0; i < nColors; ++i)
-        std::memcpy(packedIn.data() + i * input.bytes, &paInputColors[i], input.bytes);
-    cmsDoTransform(lcms->Get(), packedIn.data(), packedOut.data(), nColors);
-    for (DWORD i = 0; i < nColors; ++i) {
-        std::memset(&paOutputColors[i], 0, sizeof(COLOR));
-        std::memcpy(&paOutputColors[i], packedOut.data() + i * output.bytes, output.bytes);
+    // Slices keep the work buffers small whatever the count. Input and output
+    // may be the same array: a slice's input is read before its output is written.
+    constexpr DWORD kSlice = 4096;
+    const DWORD sliceColors = std::min(nColors, kSlice);
+    std::vector<uint8_t> packedIn(size_t{sliceColors} * input.bytes), packedOut(size_t{sliceColors} * output.bytes);
+    for (DWORD first = 0; first < nColors;) {
+        const DWORD count = std::min(kSlice, nColors - first);
+        for (DWORD i = 0; i < count; ++i)
+            std::memcpy(packedIn.data() + i * input.bytes, &paInputColors[first + i], input.bytes);
+        cmsDoTransform(lcms->Get(), packedIn.data(), packedOut.data(), count);
+        for (DWORD i = 0; i < count; ++i) {
+            std::memset(&paOutputColors[first + i], 0, sizeof(COLOR));
+            std::memcpy(&paOutputColors[first + i], packedOut.data() + i * output.bytes, output.bytes);
+        }
+        first += count;
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

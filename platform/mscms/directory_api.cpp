@@ -3,6 +3,7 @@
 #include <tesk/device_associations.h>
 #include <tesk/path.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -41,20 +42,22 @@ bool SameFile(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-// *pdwSize counts bytes, two a character.
-BOOL WINAPI GetColorDirectoryW(PCWSTR pMachineName, PWSTR pBuffer, PDWORD pdwSize) {
+// *pdwSize counts bytes of this platform's WCHAR.
+BOOL WINAPI GetColorDirectoryW(PCWSTR pMachineName, PWSTR pBuffer, PDWORD pdwSize) try {
     if (!IsLocalMachine(pMachineName)) return FALSE;
     if (!pdwSize) return Fail(ERROR_INVALID_PARAMETER);
     const std::string directory = ColorDirectory();
     if (directory.empty()) return Fail(ERROR_PATH_NOT_FOUND);
     return CopyTextOut(tesk::path::ToWindows(directory), pBuffer, pdwSize);
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
 // The full path of the profile standing for a colour space: the one chosen
 // with SetStandardColorSpaceProfileW, else the built-in sRGB profile for
 // 'sRGB' and 'Win '.
 BOOL WINAPI GetStandardColorSpaceProfileW(PCWSTR pMachineName, DWORD dwProfileID, PWSTR pProfileName,
-                                          PDWORD pdwSize) {
+                                          PDWORD pdwSize) try {
     if (!IsLocalMachine(pMachineName)) return FALSE;
     if (!pdwSize) return Fail(ERROR_INVALID_PARAMETER);
     std::string path;
@@ -73,9 +76,11 @@ BOOL WINAPI GetStandardColorSpaceProfileW(PCWSTR pMachineName, DWORD dwProfileID
     }
     if (path.empty()) return Fail(ERROR_FILE_NOT_FOUND);
     return CopyTextOut(tesk::path::ToWindows(path), pProfileName, pdwSize);
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI SetStandardColorSpaceProfileW(PCWSTR pMachineName, DWORD dwProfileID, PCWSTR pProfileName) {
+BOOL WINAPI SetStandardColorSpaceProfileW(PCWSTR pMachineName, DWORD dwProfileID, PCWSTR pProfileName) try {
     std::wstring name;
     if (!IsLocalMachine(pMachineName) || !TextArgument(pProfileName, name)) return FALSE;
     const std::string path = ProfilePath(name);
@@ -87,10 +92,14 @@ BOOL WINAPI SetStandardColorSpaceProfileW(PCWSTR pMachineName, DWORD dwProfileID
     document["standard"][IdentifierKey(dwProfileID)] = fs::absolute(path, error).string();
     if (!SaveSettings(kProfilesFile, document)) return Fail(ERROR_WRITE_FAULT);
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-// Copies a valid profile into the colour directory under its own file name.
-BOOL WINAPI InstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName) {
+// Copies a profile file into the colour directory under its own file name.
+// Installing is a file operation: a profile whose tags were rewritten still
+// installs, as long as it is an ICC profile at all.
+BOOL WINAPI InstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName) try {
     std::wstring name;
     if (!IsLocalMachine(pMachineName) || !TextArgument(pProfileName, name)) return FALSE;
     const std::string source = ProfilePath(name);
@@ -99,18 +108,20 @@ BOOL WINAPI InstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName) {
     Bytes bytes;
     if (!ReadWholeFile(source, bytes)) return FALSE;
     const std::optional<IccContainer> container = ParseIccContainer(bytes);
-    if (!container || !IsValidProfile(*container)) return Fail(ERROR_INVALID_PROFILE);
+    if (!container || !IsProfileFile(*container)) return Fail(ERROR_INVALID_PROFILE);
     const std::string fileName = FileName(source);
     const std::string target = directory + "/" + fileName;
     if (!SameFile(source, target) && !tesk::path::WriteFileAtomically(target, std::string(bytes.begin(), bytes.end())))
         return Fail(ERROR_WRITE_FAULT);
     if (!SetUninstalled(fileName, false)) return Fail(ERROR_WRITE_FAULT);
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
 // Takes the profile off the installed list and out of every device
 // association; the file goes only when bDelete asks for it.
-BOOL WINAPI UninstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName, BOOL bDelete) {
+BOOL WINAPI UninstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName, BOOL bDelete) try {
     std::wstring name;
     if (!IsLocalMachine(pMachineName) || !TextArgument(pProfileName, name)) return FALSE;
     const std::string fileName = FileName(ProfilePath(name));
@@ -123,4 +134,6 @@ BOOL WINAPI UninstallColorProfileW(PCWSTR pMachineName, PCWSTR pProfileName, BOO
         SetUninstalled(fileName, false);
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

@@ -1,6 +1,7 @@
 // Profiles for logical colour spaces.
 #include <icm.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include <cstring>
 #include <new>
@@ -100,7 +101,7 @@ bool ProfileBytesFromLogColorSpace(const LOGCOLORSPACEW& logColorSpace, std::vec
 
 }  // namespace tesk::mscms
 
-BOOL WINAPI CreateProfileFromLogColorSpaceW(LPLOGCOLORSPACEW pLogColorSpace, PBYTE* pProfile) {
+BOOL WINAPI CreateProfileFromLogColorSpaceW(LPLOGCOLORSPACEW pLogColorSpace, PBYTE* pProfile) try {
     if (!pLogColorSpace || !pProfile) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
@@ -115,4 +116,6 @@ BOOL WINAPI CreateProfileFromLogColorSpaceW(LPLOGCOLORSPACEW pLogColorSpace, PBY
     std::memcpy(block, bytes.data(), bytes.size());
     *pProfile = block;
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

@@ -42,25 +42,6 @@ bool Invert(const Matrix& m, Matrix& inverse) {
     return true;
 }
 
-int32_t S15Fixed16(double value) { return static_cast<int32_t>(std::lround(value * 65536.0)); }
-
-Bytes XyzTag(const Xyz& xyz) {
-    Bytes tag(20, 0);
-    PutBE32(&tag[0], 'XYZ ');
-    for (int i = 0; i < 3; ++i) PutBE32(&tag[8 + 4 * i], static_cast<uint32_t>(S15Fixed16(xyz[i])));
-    return tag;
-}
-
-// textDescriptionType with empty Unicode and ScriptCode parts.
-Bytes DescTag(const std::string& text) {
-    const size_t asciiCount = text.size() + 1;
-    Bytes tag(12 + asciiCount + 8 + 3 + 67, 0);
-    PutBE32(&tag[0], 'desc');
-    PutBE32(&tag[8], static_cast<uint32_t>(asciiCount));
-    std::memcpy(&tag[12], text.data(), text.size());
-    return tag;
-}
-
 Bytes TextTag(const std::string& text) {
     Bytes tag(8 + text.size() + 1, 0);
     PutBE32(&tag[0], 'text');
@@ -88,6 +69,25 @@ void AddTag(IccContainer& container, uint32_t signature, std::shared_ptr<Bytes> 
 }
 
 }  // namespace
+
+int32_t S15Fixed16(double value) { return static_cast<int32_t>(std::lround(value * 65536.0)); }
+
+Bytes XyzTag(const Xyz& xyz) {
+    Bytes tag(20, 0);
+    PutBE32(&tag[0], 'XYZ ');
+    for (int i = 0; i < 3; ++i) PutBE32(&tag[8 + 4 * i], static_cast<uint32_t>(S15Fixed16(xyz[i])));
+    return tag;
+}
+
+// textDescriptionType with empty Unicode and ScriptCode parts.
+Bytes DescTag(const std::string& text) {
+    const size_t asciiCount = text.size() + 1;
+    Bytes tag(12 + asciiCount + 8 + 3 + 67, 0);
+    PutBE32(&tag[0], 'desc');
+    PutBE32(&tag[8], static_cast<uint32_t>(asciiCount));
+    std::memcpy(&tag[12], text.data(), text.size());
+    return tag;
+}
 
 Xyz D50() { return {0xF6D6 / 65536.0, 1.0, 0xD32D / 65536.0}; }
 

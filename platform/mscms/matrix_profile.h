@@ -27,6 +27,11 @@ struct MatrixProfileSpec {
     std::string copyright;
 };
 
+// Tag data of the version 2 types these profiles use.
+int32_t S15Fixed16(double value);
+Bytes XyzTag(const Xyz& xyz);
+Bytes DescTag(const std::string& text);  // textDescriptionType, ASCII part only
+
 // The PCS illuminant as the ICC header stores it.
 Xyz D50();
 Xyz XyzOf(Chromaticity white);  // Y = 1

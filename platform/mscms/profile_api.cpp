@@ -3,6 +3,7 @@
 #include <tesk/big_endian.h>
 #include <tesk/path.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include <cstring>
 #include <filesystem>
@@ -38,8 +39,10 @@ void HeaderFromHost(const PROFILEHEADER& header, IccContainer& container) {
     std::memcpy(container.header.data() + 84, header.phReserved, sizeof(header.phReserved));
 }
 
-// A PROFILE_FILENAME path: at most cbDataSize / 2 characters (two bytes a
-// character, as the caller counts them), ending earlier at a terminator.
+// A PROFILE_FILENAME path ends at its terminator. It is never looked for past
+// cbDataSize / 2 characters: callers written for Windows count two bytes a
+// character, and that bound is always beyond the terminator of a caller that
+// counts this platform's WCHAR.
 std::wstring PathOfRecord(const PROFILE& record) {
     const auto* text = static_cast<const wchar_t*>(record.pProfileData);
     const size_t limit = record.cbDataSize / 2;
@@ -110,32 +113,29 @@ bool OpenFromMemory(const PROFILE& record, DWORD creationMode, OpenProfile& prof
 }  // namespace
 
 HPROFILE WINAPI OpenColorProfileW(PPROFILE pProfile, DWORD dwDesiredAccess, DWORD /*dwShareMode*/,
-                                  DWORD dwCreationMode) {
+                                  DWORD dwCreationMode) try {
     const bool knownAccess = dwDesiredAccess == PROFILE_READ || dwDesiredAccess == PROFILE_READWRITE;
     const bool knownCreation = dwCreationMode >= CREATE_NEW && dwCreationMode <= TRUNCATE_EXISTING;
     if (!pProfile || !knownAccess || !knownCreation) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    try {
-        auto profile = std::make_shared<OpenProfile>();
-        profile->writable = dwDesiredAccess == PROFILE_READWRITE;
-        bool opened = false;
-        if (pProfile->dwType == PROFILE_FILENAME && pProfile->pProfileData) {
-            opened = OpenFromFile(*pProfile, dwCreationMode, *profile);
-        } else if (pProfile->dwType == PROFILE_MEMBUFFER) {
-            opened = OpenFromMemory(*pProfile, dwCreationMode, *profile);
-        } else {
-            SetLastError(ERROR_INVALID_PARAMETER);
-        }
-        return opened ? RegisterProfile(std::move(profile)) : nullptr;
-    } catch (const std::bad_alloc&) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
+    auto profile = std::make_shared<OpenProfile>();
+    profile->writable = dwDesiredAccess == PROFILE_READWRITE;
+    bool opened = false;
+    if (pProfile->dwType == PROFILE_FILENAME && pProfile->pProfileData) {
+        opened = OpenFromFile(*pProfile, dwCreationMode, *profile);
+    } else if (pProfile->dwType == PROFILE_MEMBUFFER) {
+        opened = OpenFromMemory(*pProfile, dwCreationMode, *profile);
+    } else {
+        SetLastError(ERROR_INVALID_PARAMETER);
     }
+    return opened ? RegisterProfile(std::move(profile)) : nullptr;
+} catch (...) {
+    return tesk::FailAtBoundary(HPROFILE{});
 }
 
-BOOL WINAPI CloseColorProfile(HPROFILE hProfile) {
+BOOL WINAPI CloseColorProfile(HPROFILE hProfile) try {
     std::shared_ptr<OpenProfile> profile = LookupProfile(hProfile);
     if (!profile) return FALSE;
     {
@@ -155,9 +155,11 @@ BOOL WINAPI CloseColorProfile(HPROFILE hProfile) {
         return FALSE;
     }
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI IsColorProfileValid(HPROFILE hProfile, PBOOL pbValid) {
+BOOL WINAPI IsColorProfileValid(HPROFILE hProfile, PBOOL pbValid) try {
     std::shared_ptr<OpenProfile> profile = LookupProfile(hProfile);
     if (!profile) return FALSE;
     if (!pbValid) {
@@ -170,9 +172,11 @@ BOOL WINAPI IsColorProfileValid(HPROFILE hProfile, PBOOL pbValid) {
     *pbValid = valid ? TRUE : FALSE;
     if (!valid) SetLastError(ERROR_INVALID_PROFILE);
     return *pbValid;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI GetColorProfileHeader(HPROFILE hProfile, PPROFILEHEADER pHeader) {
+BOOL WINAPI GetColorProfileHeader(HPROFILE hProfile, PPROFILEHEADER pHeader) try {
     std::shared_ptr<OpenProfile> profile = LookupProfile(hProfile);
     if (!profile) return FALSE;
     if (!pHeader) {
@@ -180,12 +184,15 @@ BOOL WINAPI GetColorProfileHeader(HPROFILE hProfile, PPROFILEHEADER pHeader) {
         return FALSE;
     }
     std::lock_guard lock(profile->mutex);
+    // The header as the file or the last SetColorProfileHeader left it; the
+    // size field becomes the true size only when the profile is written.
     HeaderToHost(profile->container, *pHeader);
-    pHeader->phSize = static_cast<DWORD>(SerializedSize(profile->container));
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI SetColorProfileHeader(HPROFILE hProfile, PPROFILEHEADER pHeader) {
+BOOL WINAPI SetColorProfileHeader(HPROFILE hProfile, PPROFILEHEADER pHeader) try {
     std::shared_ptr<OpenProfile> profile = LookupWritableProfile(hProfile);
     if (!profile) return FALSE;
     if (!pHeader) {
@@ -196,9 +203,11 @@ BOOL WINAPI SetColorProfileHeader(HPROFILE hProfile, PPROFILEHEADER pHeader) {
     HeaderFromHost(*pHeader, profile->container);
     profile->modified = true;
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-BOOL WINAPI GetColorProfileFromHandle(HPROFILE hProfile, PBYTE pProfileData, PDWORD pcbSize) {
+BOOL WINAPI GetColorProfileFromHandle(HPROFILE hProfile, PBYTE pProfileData, PDWORD pcbSize) try {
     std::shared_ptr<OpenProfile> profile = LookupProfile(hProfile);
     if (!profile) return FALSE;
     if (!pcbSize) {
@@ -216,6 +225,8 @@ BOOL WINAPI GetColorProfileFromHandle(HPROFILE hProfile, PBYTE pProfileData, PDW
     std::memcpy(pProfileData, bytes.data(), bytes.size());
     *pcbSize = static_cast<DWORD>(bytes.size());
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
 namespace tesk::mscms {

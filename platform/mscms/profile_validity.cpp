@@ -127,11 +127,14 @@ bool IsKnownColorSpace(uint32_t space) {
     return (space & 0x00FFFFFF) == 'CLR' && ((digit >= '2' && digit <= '9') || (digit >= 'A' && digit <= 'F'));
 }
 
+bool IsProfileFile(const IccContainer& container) {
+    const uint32_t major = container.header[8];
+    return major >= 2 && major <= 4 && BigEndianReader(container.header).U32(36) == 'acsp';
+}
+
 bool IsValidProfile(const IccContainer& container) {
     const BigEndianReader header(container.header);
-    const uint32_t major = header.U8(8);
-    if (major < 2 || major > 4) return false;
-    if (header.U32(36) != 'acsp') return false;
+    if (!IsProfileFile(container)) return false;
     const uint32_t profileClass = header.U32(12);
     const uint32_t dataSpace = header.U32(16);
     const uint32_t connectionSpace = header.U32(20);

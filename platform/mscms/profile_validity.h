@@ -8,6 +8,8 @@
 namespace tesk::mscms {
 
 bool IsValidProfile(const IccContainer& container);
+// What installing asks of a file: the profile signature and a version ICC.1 knows.
+bool IsProfileFile(const IccContainer& container);
 
 // Header signatures ICC.1 knows.
 bool IsKnownClass(uint32_t profileClass);

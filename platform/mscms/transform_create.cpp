@@ -1,6 +1,7 @@
 // CreateColorTransformW, CreateMultiProfileTransform, DeleteColorTransform.
 #include <icm.h>
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include "profile_access.h"
 #include "transform_cache.h"
@@ -46,7 +47,7 @@ using namespace tesk::mscms;
 // leg (target to destination) shows the target's paper white, i.e. absolute
 // colorimetric, unless USE_RELATIVE_COLORIMETRIC asks otherwise.
 HTRANSFORM WINAPI CreateColorTransformW(LPLOGCOLORSPACEW pLogColorSpace, HPROFILE hDestProfile,
-                                        HPROFILE hTargetProfile, DWORD dwFlags) {
+                                        HPROFILE hTargetProfile, DWORD dwFlags) try {
     DWORD intent = 0;
     if (!pLogColorSpace || !IntentOfLogColorSpace(static_cast<LONG>(pLogColorSpace->lcsIntent), intent)) {
         SetLastError(ERROR_INVALID_PARAMETER);
@@ -69,13 +70,18 @@ HTRANSFORM WINAPI CreateColorTransformW(LPLOGCOLORSPACEW pLogColorSpace, HPROFIL
     destination.intentAsDestination = hTargetProfile ? proofIntent : intent;
     members.push_back(std::move(destination));
     return MakeTransform(std::move(members), dwFlags);
+} catch (...) {
+    return tesk::FailAtBoundary(HTRANSFORM{});
 }
 
 // Any number of profiles with one intent each, or one intent for all. The
 // preferred CMM is a hint; lcms2 is the only one.
 HTRANSFORM WINAPI CreateMultiProfileTransform(PHPROFILE pahProfiles, DWORD nProfiles, PDWORD padwIntent,
-                                              DWORD nIntents, DWORD dwFlags, DWORD /*indexPreferredCMM*/) {
-    if (!pahProfiles || nProfiles == 0 || !padwIntent || (nIntents != 1 && nIntents != nProfiles)) {
+                                              DWORD nIntents, DWORD dwFlags, DWORD /*indexPreferredCMM*/) try {
+    // Little CMS chains at most 255 profiles; the count is checked before anything is allocated for it.
+    constexpr DWORD kMostProfiles = 255;
+    if (!pahProfiles || nProfiles == 0 || nProfiles > kMostProfiles || !padwIntent ||
+        (nIntents != 1 && nIntents != nProfiles)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
@@ -86,8 +92,12 @@ HTRANSFORM WINAPI CreateMultiProfileTransform(PHPROFILE pahProfiles, DWORD nProf
         members[i].intentAsDestination = members[i].intentAsSource = intent;
     }
     return MakeTransform(std::move(members), dwFlags);
+} catch (...) {
+    return tesk::FailAtBoundary(HTRANSFORM{});
 }
 
-BOOL WINAPI DeleteColorTransform(HTRANSFORM hxform) {
+BOOL WINAPI DeleteColorTransform(HTRANSFORM hxform) try {
     return UnregisterTransform(hxform) ? TRUE : FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }

@@ -1,5 +1,6 @@
 // Display adapters and monitors, the desktop window and its device context.
 #include <windows.h>
+#include <tesk/export_guard.h>
 
 #include <cwchar>
 #include <mutex>
@@ -49,7 +50,7 @@ HMONITOR MonitorHandle(size_t adapter) { return reinterpret_cast<HMONITOR>(kFirs
 
 }  // namespace
 
-BOOL WINAPI EnumDisplayDevicesW(LPCWSTR lpDevice, DWORD iDevNum, PDISPLAY_DEVICEW lpDisplayDevice, DWORD dwFlags) {
+BOOL WINAPI EnumDisplayDevicesW(LPCWSTR lpDevice, DWORD iDevNum, PDISPLAY_DEVICEW lpDisplayDevice, DWORD dwFlags) try {
     (void)dwFlags;  // device interface names are not distinguished from identifiers
     if (!lpDisplayDevice || lpDisplayDevice->cb < kWindowsDeviceNameEnd) {
         SetLastError(ERROR_INVALID_PARAMETER);
@@ -74,11 +75,17 @@ BOOL WINAPI EnumDisplayDevicesW(LPCWSTR lpDevice, DWORD iDevNum, PDISPLAY_DEVICE
         return TRUE;
     }
     return FALSE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-HWND WINAPI GetDesktopWindow() { return kDesktopWindow; }
+HWND WINAPI GetDesktopWindow() try {
+    return kDesktopWindow;
+} catch (...) {
+    return tesk::FailAtBoundary(HWND{});
+}
 
-HMONITOR WINAPI MonitorFromWindow(HWND hwnd, DWORD dwFlags) {
+HMONITOR WINAPI MonitorFromWindow(HWND hwnd, DWORD dwFlags) try {
     std::optional<size_t> primary = display::FindAdapter(nullptr);
     if (!primary) return nullptr;
     if (hwnd == kDesktopWindow) return MonitorHandle(*primary);
@@ -88,9 +95,11 @@ HMONITOR WINAPI MonitorFromWindow(HWND hwnd, DWORD dwFlags) {
     // An unknown window, or one on no monitor: the flags decide.
     if (dwFlags == MONITOR_DEFAULTTOPRIMARY || dwFlags == MONITOR_DEFAULTTONEAREST) return MonitorHandle(*primary);
     return nullptr;
+} catch (...) {
+    return tesk::FailAtBoundary(HMONITOR{});
 }
 
-BOOL WINAPI GetMonitorInfoW(HMONITOR hMonitor, LPMONITORINFO lpmi) {
+BOOL WINAPI GetMonitorInfoW(HMONITOR hMonitor, LPMONITORINFO lpmi) try {
     std::vector<display::Adapter> adapters = display::Current().Adapters();
     uintptr_t value = reinterpret_cast<uintptr_t>(hMonitor);
     if (value < kFirstMonitorHandle || value - kFirstMonitorHandle >= adapters.size()) {
@@ -108,9 +117,11 @@ BOOL WINAPI GetMonitorInfoW(HMONITOR hMonitor, LPMONITORINFO lpmi) {
     if (lpmi->cbSize >= kWindowsMonitorInfoExSize)
         CopyName(reinterpret_cast<MONITORINFOEXW*>(lpmi)->szDevice, CCHDEVICENAME, adapter.name);
     return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
 }
 
-HDC WINAPI GetDC(HWND hWnd) {
+HDC WINAPI GetDC(HWND hWnd) try {
     HDC dc = nullptr;
     if (!hWnd || hWnd == kDesktopWindow) {
         dc = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
@@ -123,13 +134,17 @@ HDC WINAPI GetDC(HWND hWnd) {
         g_windowDcs.insert(dc);
     }
     return dc;
+} catch (...) {
+    return tesk::FailAtBoundary(HDC{});
 }
 
-int WINAPI ReleaseDC(HWND hWnd, HDC hDC) {
+int WINAPI ReleaseDC(HWND hWnd, HDC hDC) try {
     (void)hWnd;
     {
         std::lock_guard lock(g_mutex);
         if (!g_windowDcs.erase(hDC)) return 0;
     }
     return DeleteDC(hDC) ? 1 : 0;
+} catch (...) {
+    return tesk::FailAtBoundary(0);
 }

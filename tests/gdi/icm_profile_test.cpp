@@ -40,7 +40,7 @@ protected:
 
     std::string ColorDirectory() {
         WCHAR buffer[MAX_PATH] = {};
-        DWORD size = sizeof buffer / 2;  // MSCMS counts two bytes a character
+        DWORD size = sizeof buffer;
         EXPECT_TRUE(GetColorDirectoryW(nullptr, buffer, &size));
         return path::ToNative(buffer);
     }

@@ -45,8 +45,8 @@ TEST_F(ColorDirectoryTest, DirectoryIsCreatedAndReportedInWindowsForm) {
     DWORD size = 0;
     EXPECT_TRUE(FailsWith(GetColorDirectoryW(nullptr, nullptr, &size), ERROR_INSUFFICIENT_BUFFER));
     const std::wstring expected = WindowsForm(env_.ColorDir());
-    EXPECT_EQ(size, 2 * (expected.size() + 1));  // two bytes a character
-    std::vector<wchar_t> buffer(size / 2);
+    EXPECT_EQ(size, sizeof(WCHAR) * (expected.size() + 1));
+    std::vector<wchar_t> buffer(size / sizeof(WCHAR));
     ASSERT_TRUE(GetColorDirectoryW(nullptr, buffer.data(), &size));
     EXPECT_EQ(std::wstring(buffer.data()), expected);
     EXPECT_TRUE(fs::is_regular_file(env_.ColorDir() + "/" + kSrgbName));

@@ -34,9 +34,12 @@ inline Bytes BytesOf(HPROFILE profile) {
 
 inline Bytes TagOf(HPROFILE profile, TAGTYPE tag) {
     DWORD size = 0;
-    if (!GetColorProfileElement(profile, tag, 0, &size, nullptr, nullptr)) return {};
+    BOOL reference = FALSE;
+    if (GetColorProfileElement(profile, tag, 0, &size, nullptr, &reference) ||
+        GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+        return {};
     Bytes data(size);
-    if (!GetColorProfileElement(profile, tag, 0, &size, data.data(), nullptr)) return {};
+    if (!GetColorProfileElement(profile, tag, 0, &size, data.data(), &reference)) return {};
     data.resize(size);
     return data;
 }

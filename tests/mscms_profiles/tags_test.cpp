@@ -38,13 +38,12 @@ TEST_F(ProfileTagsTest, HeaderComesAndGoesInHostOrder) {
     header.phIlluminant.ciexyzZ = 0xD32D;
     header.phAttributes[1] = 15;
     header.phReserved[43] = 0x5A;
-    header.phSize = 12345;  // the true size replaces whatever a caller puts here
+    header.phSize = 0x00000c48;  // read back as set; the written bytes carry the true size
     ASSERT_TRUE(SetColorProfileHeader(profile_, &header));
 
     PROFILEHEADER back{};
     ASSERT_TRUE(GetColorProfileHeader(profile_, &back));
     const Bytes bytes = BytesOf(profile_);
-    header.phSize = static_cast<DWORD>(bytes.size());
     EXPECT_EQ(std::memcmp(&header, &back, sizeof(header)), 0);
     EXPECT_EQ(BE32(bytes, 0), bytes.size());
     EXPECT_EQ(BE32(bytes, 12), DWORD('spac'));
@@ -70,12 +69,13 @@ TEST_F(ProfileTagsTest, ResizeWriteReadAndDelete) {
     EXPECT_EQ(TagOf(profile_, 'tst1'), (Bytes{0, 0, 'a', 'b', 0, 0}));
 
     uint8_t part[8] = {};
+    BOOL reference = TRUE;
     count = sizeof(part);
-    ASSERT_TRUE(GetColorProfileElement(profile_, 'tst1', 3, &count, part, nullptr));
+    ASSERT_TRUE(GetColorProfileElement(profile_, 'tst1', 3, &count, part, &reference));
     EXPECT_EQ(count, 3u);  // only what lies past the offset
     EXPECT_EQ(part[0], 'b');
     count = 1;
-    EXPECT_TRUE(FailsWith(GetColorProfileElement(profile_, 'tst1', 7, &count, part, nullptr), ERROR_INVALID_PARAMETER));
+    EXPECT_TRUE(FailsWith(GetColorProfileElement(profile_, 'tst1', 7, &count, part, &reference), ERROR_INVALID_PARAMETER));
 
     // Writing past the end grows the tag; writing a missing tag creates it.
     count = 2;
@@ -87,7 +87,7 @@ TEST_F(ProfileTagsTest, ResizeWriteReadAndDelete) {
     ASSERT_TRUE(SetColorProfileElementSize(profile_, 'tst1', 0));
     EXPECT_EQ(Count(), before + 1);
     count = 99;
-    EXPECT_FALSE(GetColorProfileElement(profile_, 'tst1', 0, &count, nullptr, nullptr));
+    EXPECT_FALSE(GetColorProfileElement(profile_, 'tst1', 0, &count, nullptr, &reference));
     EXPECT_EQ(count, 0u);
     EXPECT_EQ(GetLastError(), DWORD(ERROR_TAG_NOT_FOUND));
     EXPECT_TRUE(FailsWith(SetColorProfileElementSize(profile_, 'tst1', 0), ERROR_TAG_NOT_FOUND));
@@ -112,7 +112,7 @@ TEST_F(ProfileTagsTest, ReferencesShareDataUntilResized) {
     EXPECT_EQ(TagOf(profile_, 'ref1'), TagOf(profile_, 'cprt'));
     DWORD size = 0;
     BOOL reference = FALSE;
-    ASSERT_TRUE(GetColorProfileElement(profile_, 'cprt', 0, &size, nullptr, &reference));
+    ASSERT_TRUE(FailsWith(GetColorProfileElement(profile_, 'cprt', 0, &size, nullptr, &reference), ERROR_INSUFFICIENT_BUFFER));
     EXPECT_TRUE(reference);
 
     const Bytes bytes = BytesOf(profile_);
@@ -128,7 +128,7 @@ TEST_F(ProfileTagsTest, ReferencesShareDataUntilResized) {
     ASSERT_TRUE(SetColorProfileElementSize(profile_, 'ref1', 4));
     EXPECT_EQ(TagOf(profile_, 'ref1').size(), 4u);
     EXPECT_GT(TagOf(profile_, 'cprt').size(), 4u);
-    ASSERT_TRUE(GetColorProfileElement(profile_, 'cprt', 0, &size, nullptr, &reference));
+    ASSERT_TRUE(FailsWith(GetColorProfileElement(profile_, 'cprt', 0, &size, nullptr, &reference), ERROR_INSUFFICIENT_BUFFER));
     EXPECT_FALSE(reference);
 
     EXPECT_TRUE(FailsWith(SetColorProfileElementReference(profile_, 'ref1', 'cprt'), ERROR_DUPLICATE_TAG));

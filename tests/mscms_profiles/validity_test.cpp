@@ -129,7 +129,7 @@ TEST_F(ProfileValidityTest, SharedDataInAFileIsAReference) {
     ASSERT_NE(profile, nullptr);
     DWORD size = 0;
     BOOL reference = FALSE;
-    ASSERT_TRUE(GetColorProfileElement(profile, 'cprt', 0, &size, nullptr, &reference));
+    ASSERT_TRUE(FailsWith(GetColorProfileElement(profile, 'cprt', 0, &size, nullptr, &reference), ERROR_INSUFFICIENT_BUFFER));
     EXPECT_TRUE(reference);
     EXPECT_EQ(size, BE32(bytes, desc + 8));
     CloseColorProfile(profile);

@@ -54,6 +54,51 @@ typedef DWORD TAGTYPE, *PTAGTYPE, *LPTAGTYPE;
 
 #define MAX_COLOR_CHANNELS 8
 
+// EnumColorProfiles: which ENUMTYPE fields select profiles.
+#define ENUM_TYPE_VERSION 0x0300
+#define ET_DEVICENAME 0x00000001
+#define ET_MEDIATYPE 0x00000002
+#define ET_DITHERMODE 0x00000004
+#define ET_RESOLUTION 0x00000008
+#define ET_CMMTYPE 0x00000010
+#define ET_CLASS 0x00000020
+#define ET_DATACOLORSPACE 0x00000040
+#define ET_CONNECTIONSPACE 0x00000080
+#define ET_SIGNATURE 0x00000100
+#define ET_PLATFORM 0x00000200
+#define ET_PROFILEFLAGS 0x00000400
+#define ET_MANUFACTURER 0x00000800
+#define ET_MODEL 0x00001000
+#define ET_ATTRIBUTES 0x00002000
+#define ET_RENDERINGINTENT 0x00004000
+#define ET_CREATOR 0x00008000
+#define ET_DEVICECLASS 0x00010000
+
+#define TESK_ENUMTYPE_FIELDS(TEXT)                                                                       \
+    DWORD dwSize;                                                                                        \
+    DWORD dwVersion;                                                                                     \
+    DWORD dwFields;                                                                                      \
+    TEXT pDeviceName;                                                                                    \
+    DWORD dwMediaType;                                                                                   \
+    DWORD dwDitheringMode;                                                                               \
+    DWORD dwResolution[2];                                                                               \
+    DWORD dwCMMType;                                                                                     \
+    DWORD dwClass;                                                                                       \
+    DWORD dwDataColorSpace;                                                                              \
+    DWORD dwConnectionSpace;                                                                             \
+    DWORD dwSignature;                                                                                   \
+    DWORD dwPlatform;                                                                                    \
+    DWORD dwProfileFlags;                                                                                \
+    DWORD dwManufacturer;                                                                                \
+    DWORD dwModel;                                                                                       \
+    DWORD dwAttributes[2];                                                                               \
+    DWORD dwRenderingIntent;                                                                             \
+    DWORD dwCreator;                                                                                     \
+    DWORD dwDeviceClass;
+typedef struct tagENUMTYPEW { TESK_ENUMTYPE_FIELDS(PCWSTR) } ENUMTYPEW, *PENUMTYPEW, *LPENUMTYPEW;
+typedef struct tagENUMTYPEA { TESK_ENUMTYPE_FIELDS(PCSTR) } ENUMTYPEA, *PENUMTYPEA, *LPENUMTYPEA;
+#undef TESK_ENUMTYPE_FIELDS
+
 typedef struct tagPROFILEHEADER {
     DWORD phSize;
     DWORD phCMMType;
@@ -217,8 +262,8 @@ typedef struct _tagCOLORMATCHSETUPW {
 #define CMS_PRINTEROVERFLOW 0x40000000L
 #define CMS_TARGETOVERFLOW 0x20000000L
 
-// MSCMS.DLL. Sizes in bytes of wide text count two bytes a character, as on
-// Windows, so that documented constants (513, 1026) keep their meaning.
+// MSCMS.DLL. A size in bytes of wide text counts bytes of this platform's
+// WCHAR (4), so that a caller passing sizeof its buffer is never written past.
 TESK_WIN32_API HPROFILE WINAPI OpenColorProfileW(PPROFILE pProfile, DWORD dwDesiredAccess, DWORD dwShareMode,
                                                  DWORD dwCreationMode);
 TESK_WIN32_API BOOL WINAPI CloseColorProfile(HPROFILE hProfile);
@@ -260,6 +305,27 @@ TESK_WIN32_API BOOL WINAPI TranslateColors(HTRANSFORM hColorTransform, PCOLOR pa
 // The block comes from LocalAlloc; the caller frees it with LocalFree.
 TESK_WIN32_API BOOL WINAPI CreateProfileFromLogColorSpaceW(LPLOGCOLORSPACEW pLogColorSpace, PBYTE* pProfile);
 TESK_WIN32_API DWORD WINAPI GetCMMInfo(HTRANSFORM hColorTransform, DWORD dwInfo);
+TESK_WIN32_API BOOL WINAPI IsColorProfileTagPresent(HPROFILE hProfile, TAGTYPE tag, PBOOL pbPresent);
+// A MULTI_SZ of the file names of the installed profiles that match every
+// field the record selects; the size counts bytes.
+TESK_WIN32_API BOOL WINAPI EnumColorProfilesW(PCWSTR pMachineName, PENUMTYPEW pEnumRecord, PBYTE pEnumerationBuffer,
+                                              PDWORD pdwSizeOfEnumerationBuffer, PDWORD pnProfiles);
+
+// The ANSI forms: narrow text is UTF-8, and sizes count bytes of char.
+TESK_WIN32_API HPROFILE WINAPI OpenColorProfileA(PPROFILE pProfile, DWORD dwDesiredAccess, DWORD dwShareMode,
+                                                 DWORD dwCreationMode);
+TESK_WIN32_API BOOL WINAPI GetColorDirectoryA(PCSTR pMachineName, PSTR pBuffer, PDWORD pdwSize);
+TESK_WIN32_API BOOL WINAPI GetStandardColorSpaceProfileA(PCSTR pMachineName, DWORD dwProfileID, PSTR pProfileName,
+                                                         PDWORD pdwSize);
+TESK_WIN32_API BOOL WINAPI SetStandardColorSpaceProfileA(PCSTR pMachineName, DWORD dwProfileID, PCSTR pProfileName);
+TESK_WIN32_API BOOL WINAPI InstallColorProfileA(PCSTR pMachineName, PCSTR pProfileName);
+TESK_WIN32_API BOOL WINAPI UninstallColorProfileA(PCSTR pMachineName, PCSTR pProfileName, BOOL bDelete);
+TESK_WIN32_API BOOL WINAPI AssociateColorProfileWithDeviceA(PCSTR pMachineName, PCSTR pProfileName,
+                                                            PCSTR pDeviceName);
+TESK_WIN32_API BOOL WINAPI DisassociateColorProfileFromDeviceA(PCSTR pMachineName, PCSTR pProfileName,
+                                                               PCSTR pDeviceName);
+TESK_WIN32_API BOOL WINAPI EnumColorProfilesA(PCSTR pMachineName, PENUMTYPEA pEnumRecord, PBYTE pEnumerationBuffer,
+                                              PDWORD pdwSizeOfEnumerationBuffer, PDWORD pnProfiles);
 
 // ICMUI.DLL
 TESK_WIN32_API BOOL WINAPI SetupColorMatchingW(PCOLORMATCHSETUPW pcms);

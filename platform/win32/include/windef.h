@@ -70,6 +70,7 @@ typedef ULONG* PULONG;
 typedef BOOL* PBOOL;
 typedef BOOL* LPBOOL;
 typedef CHAR* LPSTR;
+typedef CHAR* PSTR;
 typedef const CHAR* LPCSTR;
 typedef WCHAR* LPWSTR;
 typedef WCHAR* PWSTR;
