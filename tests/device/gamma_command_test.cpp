@@ -121,6 +121,17 @@ TEST_F(GammaCommandTest, ASavedRampCutShortIsNeverTrusted) {
     EXPECT_EQ(server_->CrtcRamp(), before_);
 }
 
+TEST_F(GammaCommandTest, ARampSavedInTheEarlierDoubledFolderIsStillRestored) {
+    std::vector<uint8_t> bytes;
+    for (uint16_t value : before_) bytes.insert(bytes.end(), {uint8_t(value & 0xFF), uint8_t(value >> 8)});
+    fs::create_directories(env_.ConfigDir() + "/teskcolor/teskcolor");
+    tesk::test::WriteBytes(env_.ConfigDir() + "/teskcolor/teskcolor/gamma-ramp-" + server_->Name() + ".bin", bytes);
+    server_->SetCrtcRamp(table_);
+    SRun restore = RunTeskcolor({"gamma", "restore"});
+    ASSERT_EQ(restore.code, 0) << restore.err;
+    EXPECT_EQ(server_->CrtcRamp(), before_);
+}
+
 TEST_F(GammaCommandTest, CommandsThatDoNotNeedTheScreenLeaveTheDisplayAsItWas) {
     // The display has a profile of its own, which settings and proof read.
     const std::string wide = env_.Root() + "/wide.icc";
