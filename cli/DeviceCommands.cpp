@@ -9,8 +9,6 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -21,6 +19,7 @@
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
+#include "cli/SavedGammaRamp.h"
 #include "cli/X11Window.h"
 #include "cli/imageio/ImageFile.h"
 #include "colormgr/ColorManager.h"
@@ -38,44 +37,25 @@ constexpr size_t kRampEntries = 256;
 constexpr size_t kRampValues = 3 * kRampEntries;  // red, green, blue
 constexpr unsigned long kVcgtTag = 0x76636774;    // 'vcgt'
 
-using SRamp = std::vector<uint16_t>;
-
 // ---- gamma ------------------------------------------------------------------
 
-// The ramp saved before the first 'gamma load', for 'gamma restore'. One file
-// a display, since the X server keeps a loaded ramp after the program ends.
-std::string SavedRampPath() {
+// A device context on the X server's display; `purpose` ends the message
+// when there is none ("no display to load the gamma ramp into").
+HDC OpenDisplay(const std::string& purpose) {
+    if (HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr)) return dc;
     const char* display = std::getenv("DISPLAY");
-    std::string name = display && *display ? display : "virtual";
-    std::replace(name.begin(), name.end(), '/', '_');
-    return tesk::path::ConfigDirectory() + "/teskcolor/gamma-ramp-" + name + ".bin";
+    throw CCliError(EExit::Failed, "there is no display " + purpose + ": " +
+                                       (display && *display ? "the X server " + std::string(display) +
+                                                                  " cannot be reached or has no RandR 1.3"
+                                                            : std::string("DISPLAY is not set")));
 }
 
-SRamp ReadDisplayRamp() {
+SRamp ReadDisplayRamp(const std::string& purpose) {
     SRamp ramp(kRampValues, 0);
-    HDC dc = ::CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-    const bool read = dc && ::GetDeviceGammaRamp(dc, ramp.data());
-    if (dc) ::DeleteDC(dc);
+    HDC dc = OpenDisplay(purpose);
+    const bool read = ::GetDeviceGammaRamp(dc, ramp.data());
+    ::DeleteDC(dc);
     if (!read) throw CCliError(EExit::Failed, "the display's gamma ramp cannot be read");
-    return ramp;
-}
-
-void SaveRampOnce(const SRamp& ramp) {
-    const std::string path = SavedRampPath();
-    if (std::filesystem::exists(path)) return;  // keep the ramp from before the first load
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream out(path, std::ios::binary);
-    for (uint16_t value : ramp) out.put(char(value & 0xFF)).put(char(value >> 8));
-    if (!out.flush()) throw CCliError(EExit::WriteFailed, path + ": cannot write the saved gamma ramp");
-}
-
-std::optional<SRamp> ReadSavedRamp() {
-    std::ifstream in(SavedRampPath(), std::ios::binary);
-    if (!in) return std::nullopt;
-    std::vector<unsigned char> bytes((std::istreambuf_iterator<char>(in)), {});
-    if (bytes.size() != kRampValues * 2) return std::nullopt;
-    SRamp ramp(kRampValues);
-    for (size_t i = 0; i < kRampValues; ++i) ramp[i] = uint16_t(bytes[2 * i] | bytes[2 * i + 1] << 8);
     return ramp;
 }
 
@@ -187,17 +167,26 @@ int RunGamma(const Args& args) {
     const std::string action = words.empty() ? "" : words[0];
     if (action == "show") {
         arguments.ExpectPositional(1, "gamma show [--all]");
-        PrintRamp(ReadDisplayRamp(), arguments.Has("--all"));
-        if (ReadSavedRamp()) std::printf("a ramp saved by 'gamma load' waits for 'gamma restore'\n");
+        PrintRamp(ReadDisplayRamp("to show the gamma ramp of"), arguments.Has("--all"));
+        const SSavedRamp saved = ReadSavedRamp();
+        if (saved.ramp) std::printf("a ramp saved by 'gamma load' waits for 'gamma restore'\n");
+        else if (saved.exists)
+            std::printf("the saved ramp %s is damaged (%s); the next 'gamma load' replaces it\n", saved.path.c_str(),
+                        saved.damage.c_str());
         return 0;
     }
     if (action == "load") {
         arguments.ExpectPositional(2, "gamma load PROFILE");
         // Read before the manager starts: it loads the monitor profile's own table.
-        const SRamp before = ReadDisplayRamp();
+        const SRamp before = ReadDisplayRamp("to load the gamma ramp into");
         CColorManager& manager = ColourManager();
         SRamp ramp = RampOfProfile(manager, words[1]);
-        SaveRampOnce(before);
+        // The ramp from before the first load is kept; one that cannot be trusted is not.
+        const SSavedRamp saved = ReadSavedRamp();
+        if (saved.exists && !saved.ramp)
+            std::fprintf(stderr, "teskcolor: the saved ramp %s is damaged (%s); the current ramp is saved instead\n",
+                         saved.path.c_str(), saved.damage.c_str());
+        if (!saved.ramp) SaveRamp(before);
         if (!manager.SetDeviceGammaRampFromVCGT(nullptr, ramp.data(), int(kRampValues), false))
             throw CCliError(EExit::Failed, "the display refused the gamma ramp");
         std::printf("loaded the vcgt of %s into the display's gamma ramp\n", words[1].c_str());
@@ -205,12 +194,16 @@ int RunGamma(const Args& args) {
     }
     if (action == "restore") {
         arguments.ExpectPositional(1, "gamma restore");
+        ::DeleteDC(OpenDisplay("to restore the gamma ramp of"));
         CColorManager& manager = ColourManager();
-        std::optional<SRamp> saved = ReadSavedRamp();
-        if (!saved) throw CCliError(EExit::NotFound, "no saved gamma ramp: 'gamma load' has not been used");
-        if (!manager.SetDeviceGammaRampFromVCGT(nullptr, saved->data(), int(kRampValues), false))
+        SSavedRamp saved = ReadSavedRamp();
+        if (!saved.exists) throw CCliError(EExit::NotFound, "no saved gamma ramp: 'gamma load' has not been used");
+        if (!saved.ramp)
+            throw CCliError(EExit::Corrupt, saved.path + " is damaged (" + saved.damage +
+                                                "): there is no ramp to restore; the next 'gamma load' replaces it");
+        if (!manager.SetDeviceGammaRampFromVCGT(nullptr, saved.ramp->data(), int(kRampValues), false))
             throw CCliError(EExit::Failed, "the display refused the saved gamma ramp");
-        std::filesystem::remove(SavedRampPath());
+        ForgetSavedRamp();
         std::printf("restored the display's gamma ramp\n");
         return 0;
     }

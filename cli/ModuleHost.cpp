@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <set>
 
 #include "cli/Errors.h"
 #include "cli/ProfileHeader.h"
@@ -18,6 +19,14 @@
 namespace teskcolor {
 
 namespace fs = std::filesystem;
+
+void UseDisplayFor(const std::string& command) {
+    static const std::set<std::string> onScreen = {"gamma", "view", "setup"};
+    static const std::set<std::string> readDisplayProfile = {"settings", "proof", "demo"};
+    ::TeskSetDisplayAccess(onScreen.count(command)             ? TESK_DISPLAY_SERVER
+                           : readDisplayProfile.count(command) ? TESK_DISPLAY_READ_ONLY
+                                                               : TESK_DISPLAY_IN_MEMORY);
+}
 
 CColorManager& ColourManager() {
     RegisterSessionSettingsStore();

@@ -9,6 +9,13 @@ class CColorManager;
 
 namespace teskcolor {
 
+// Chooses what the command may do with the user's display, before anything
+// reaches it: the commands that work on the screen use the X server and
+// nothing else; those that show the display's profile read it, while what
+// the colour manager sets on the display stays in this process; all others
+// get a display held in memory. So no file command ever changes the screen.
+void UseDisplayFor(const std::string& command);
+
 // Registers the settings store and creates the colour manager; throws
 // CCliError when the colour system cannot be loaded.
 CColorManager& ColourManager();

@@ -5,6 +5,7 @@
 
 #include "cli/Commands.h"
 #include "cli/Errors.h"
+#include "cli/ModuleHost.h"
 
 namespace teskcolor {
 
@@ -55,6 +56,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     try {
+        UseDisplayFor(name);
         for (const SCommand& command : AllCommands())
             if (name == command.name) return command.run(Args(argv + 2, argv + argc));
         throw CCliError(EExit::Usage, "unknown command '" + name + "' (see teskcolor --help)");

@@ -11,9 +11,10 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # Reference tools and real profiles the tests compare against.
   liblcms2-utils libtiff-tools argyll colord-data icc-profiles-free libgs-common
-  # Real devices the tests start for themselves: an X server, a print
-  # server, and a driver for the colour-matching dialog.
-  xvfb x11-xserver-utils xdotool cups-daemon cups-client
+  # Real devices the tests start for themselves: X servers (Xorg with the
+  # dummy driver keeps gamma ramps), a print server, and a driver for the
+  # colour-matching dialog.
+  xvfb xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils xdotool cups-daemon cups-client
 )
 if [ "$(id -u)" = 0 ]; then sudo=""; else sudo="sudo"; fi
 missing=()

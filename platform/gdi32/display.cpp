@@ -1,3 +1,4 @@
+#include <tesk/export_guard.h>
 #include "display.h"
 
 #include <algorithm>
@@ -10,18 +11,30 @@ namespace {
 
 std::mutex g_mutex;
 std::unique_ptr<Backend> g_backend;
+DWORD g_access = TESK_DISPLAY_SYSTEM;
+
+// The X server DISPLAY names; null when there is none to reach.
+std::unique_ptr<Backend> ServerBackend() {
+#ifdef TESK_HAVE_XRANDR
+    const char* display = std::getenv("DISPLAY");
+    if (display && *display) return MakeX11Backend();
+#endif
+    return nullptr;
+}
+
+std::unique_ptr<Backend> ChooseBackend(DWORD access) {
+    if (access == TESK_DISPLAY_IN_MEMORY) return MakeVirtualBackend();
+    std::unique_ptr<Backend> server = ServerBackend();
+    if (!server) return access == TESK_DISPLAY_SERVER ? MakeAbsentBackend() : MakeVirtualBackend();
+    if (access == TESK_DISPLAY_READ_ONLY) return MakeReadOnlyBackend(std::move(server));
+    return server;
+}
 
 }  // namespace
 
 Backend& Current() {
     std::lock_guard lock(g_mutex);
-    if (!g_backend) {
-#ifdef TESK_HAVE_XRANDR
-        const char* display = std::getenv("DISPLAY");
-        if (display && *display) g_backend = MakeX11Backend();
-#endif
-        if (!g_backend) g_backend = MakeVirtualBackend();
-    }
+    if (!g_backend) g_backend = ChooseBackend(g_access);
     return *g_backend;
 }
 
@@ -64,3 +77,16 @@ std::optional<size_t> FindAdapter(const wchar_t* name) {
 }
 
 }  // namespace tesk::display
+
+BOOL WINAPI TeskSetDisplayAccess(DWORD access) try {
+    if (access > TESK_DISPLAY_IN_MEMORY) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    std::lock_guard lock(tesk::display::g_mutex);
+    tesk::display::g_access = access;
+    tesk::display::g_backend.reset();
+    return TRUE;
+} catch (...) {
+    return tesk::FailAtBoundary(BOOL{FALSE});
+}

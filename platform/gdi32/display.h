@@ -38,7 +38,7 @@ struct Adapter {
 };
 
 // One display system: the X server when DISPLAY names one, else a virtual
-// display held in memory.
+// display held in memory (TeskSetDisplayAccess narrows the choice).
 class Backend {
 public:
     virtual ~Backend() = default;
@@ -86,6 +86,8 @@ TESK_GDI_INTERNAL HDC CreateWindowContext(uintptr_t window);
 TESK_GDI_INTERNAL bool SameDeviceName(const std::wstring& a, const std::wstring& b);
 
 std::unique_ptr<Backend> MakeVirtualBackend();
+std::unique_ptr<Backend> MakeAbsentBackend();
+std::unique_ptr<Backend> MakeReadOnlyBackend(std::unique_ptr<Backend> server);
 #ifdef TESK_HAVE_XRANDR
 std::unique_ptr<Backend> MakeX11Backend();  // null when no X server can be reached
 #endif

@@ -42,13 +42,6 @@ protected:
         GdiTest::TearDown();
     }
 
-    RRCrtc FirstCrtc() {
-        XRRScreenResources* resources = XRRGetScreenResourcesCurrent(x_, DefaultRootWindow(x_));
-        RRCrtc crtc = resources->ncrtc > 0 ? resources->crtcs[0] : None;
-        XRRFreeScreenResources(resources);
-        return crtc;
-    }
-
     std::vector<uint8_t> RootProperty(const char* name) {
         Atom atom = XInternAtom(x_, name, False), type = None;
         int format = 0;
@@ -85,34 +78,6 @@ TEST_F(X11DisplayTest, TheScreensOutputIsAnAdapterAttachedToTheDesktop) {
     EXPECT_EQ(info.rcMonitor.bottom, 1024);
     HDC dc = CreateDCW(info.szDevice, nullptr, nullptr, nullptr);
     EXPECT_EQ(GetDeviceCaps(dc, HORZRES), 1280);
-    DeleteDC(dc);
-}
-
-TEST_F(X11DisplayTest, GammaRampsReachTheCrtcAndComeBack) {
-    RRCrtc crtc = FirstCrtc();
-    ASSERT_NE(crtc, None);
-    int size = XRRGetCrtcGammaSize(x_, crtc);
-    ASSERT_GT(size, 0);
-
-    std::array<WORD, 768> ramp{};
-    for (int i = 0; i < 256; ++i) {
-        ramp[size_t(i)] = WORD(i * 257);
-        ramp[size_t(256 + i)] = WORD(i * 200);
-        ramp[size_t(512 + i)] = WORD(i * 100);
-    }
-    HDC dc = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-    ASSERT_TRUE(SetDeviceGammaRamp(dc, ramp.data()));
-
-    XRRCrtcGamma* gamma = XRRGetCrtcGamma(x_, crtc);
-    ASSERT_NE(gamma, nullptr);
-    EXPECT_EQ(gamma->red[size - 1], 65535);
-    EXPECT_EQ(gamma->green[size - 1], 255 * 200);
-    EXPECT_EQ(gamma->blue[size - 1], 255 * 100);
-    XRRFreeGamma(gamma);
-
-    std::array<WORD, 768> read{};
-    ASSERT_TRUE(GetDeviceGammaRamp(dc, read.data()));
-    EXPECT_EQ(read, ramp);
     DeleteDC(dc);
 }
 

@@ -235,6 +235,15 @@ TESK_WIN32_API int WINAPI GetDeviceCaps(HDC hdc, int index);
 TESK_WIN32_API BOOL WINAPI GetDeviceGammaRamp(HDC hdc, LPVOID lpRamp);
 TESK_WIN32_API BOOL WINAPI SetDeviceGammaRamp(HDC hdc, LPVOID lpRamp);
 
+// Linux only: how this process may use the display. Meant to be called
+// before any display call: it replaces the display chosen so far. FALSE with
+// ERROR_INVALID_PARAMETER for another value.
+#define TESK_DISPLAY_SYSTEM 0     // the X server DISPLAY names, else a display held in memory (the default)
+#define TESK_DISPLAY_SERVER 1     // the X server only: without one there is no display
+#define TESK_DISPLAY_READ_ONLY 2  // read as SYSTEM; ramps and profiles set stay in this process, nothing is drawn
+#define TESK_DISPLAY_IN_MEMORY 3  // a display held in memory, whatever DISPLAY says
+TESK_WIN32_API BOOL WINAPI TeskSetDisplayAccess(DWORD access);
+
 // ICM on a device context. Sizes of wide text count characters here, as on Windows.
 TESK_WIN32_API BOOL WINAPI GetICMProfileW(HDC hdc, LPDWORD pBufSize, LPWSTR pszFilename);
 TESK_WIN32_API BOOL WINAPI SetICMProfileW(HDC hdc, LPWSTR lpFileName);
