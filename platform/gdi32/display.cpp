@@ -1,5 +1,6 @@
-#include <tesk/export_guard.h>
 #include "display.h"
+
+#include <tesk/export_guard.h>
 
 #include <algorithm>
 #include <cstdlib>
