@@ -4,7 +4,9 @@
 # in the staging folders and tied together by the component dependencies.
 set(CPACK_PACKAGE_NAME teskcolormgr)
 set(CPACK_PACKAGE_VENDOR "TeskColorMgr developers")
-set(CPACK_PACKAGE_CONTACT "TeskColorMgr developers <teskcolormgr@localhost>")
+set(TESK_PACKAGE_MAINTAINER "TeskColorMgr maintainers <maintainers@users.noreply.c-seed-3cdc47a8.example>"
+    CACHE STRING "Maintainer field of the Debian packages")
+set(CPACK_PACKAGE_CONTACT "${TESK_PACKAGE_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "colour management of ICC profiles and images")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_COMPONENTS_ALL Runtime Development Program)
@@ -19,6 +21,8 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libteskcolormgr${TESK_SOVERSION})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# The public libraries are in the linker's folder: refresh its cache by trigger.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "colour-management module: runtime libraries
  libTeskColorMgr, the colour-management module of a photo editor, with the
  host pieces it needs (libteskhost), its Win32 subset (libteskwin32), the
@@ -37,6 +41,22 @@ set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "colour management of images and ICC pro
  teskcolor checks and analyses ICC profiles, converts TIFF, PNG and JPEG
  images, separates RGB into four ink plates and back, soft-proofs, keeps the
  colour settings and loads a monitor's calibration into the display.")
+
+# A native package's changelog, one per package.
+string(TIMESTAMP TESK_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
+foreach(component Runtime Development Program)
+  string(TOUPPER ${component} upper)
+  set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  set(changelog ${CMAKE_BINARY_DIR}/debian/${package}/changelog)
+  file(CONFIGURE OUTPUT ${changelog} CONTENT "${package} (${PROJECT_VERSION}) unstable; urgency=medium
+
+  * Release ${PROJECT_VERSION}.
+
+ -- ${TESK_PACKAGE_MAINTAINER}  ${TESK_PACKAGE_DATE}
+")
+  execute_process(COMMAND gzip -n -9 -f -k ${changelog})
+  install(FILES ${changelog}.gz DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package} COMPONENT ${component})
+endforeach()
 
 # dpkg-shlibdeps must find the libraries and modules of the runtime package
 # while it looks at the other two.

@@ -22,8 +22,12 @@ fs::path ExecutableProfileFolder() {
 fs::path InstalledProfileFolder() {
     Dl_info info{};
     if (!dladdr(reinterpret_cast<void*>(&InstalledProfileFolder), &info) || !info.dli_fname) return {};
-    // TESK_PROFILES_FROM_LIBDIR is the data folder relative to the library folder.
-    return (fs::path(info.dli_fname).parent_path() / TESK_PROFILES_FROM_LIBDIR).lexically_normal();
+    // The loader may have found the library through a link (/lib -> usr/lib),
+    // and TESK_PROFILES_FROM_LIBDIR is relative to its real folder.
+    std::error_code error;
+    const fs::path library = fs::canonical(info.dli_fname, error);
+    if (error) return {};
+    return (library.parent_path() / TESK_PROFILES_FROM_LIBDIR).lexically_normal();
 }
 
 }  // namespace
