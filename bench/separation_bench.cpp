@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "colormgr/ColorManager.h"
-#include "host/SettingsStore.h"
+#include "host/HostServices.h"
 #include "host/imaging/RowIteratorBands.h"
 
 namespace {
@@ -33,7 +33,7 @@ struct Environment {
         setenv("XDG_CONFIG_HOME", (root + "/config").c_str(), 1);
         setenv("XDG_DATA_HOME", (root + "/data").c_str(), 1);
         setenv("TESK_COLOR_DIR", (root + "/color").c_str(), 1);
-        RegisterSettingsStoreService();
+        StartHostServices();
         manager = CColorManager::Instance();
         CString press(kPressProfile);
         manager->SetCMYKProfile(press);

@@ -69,7 +69,7 @@ SProfileSource LoadProfileSource(const std::string& argument, CColorManager* man
         // A bare name: an installed profile, or one of the program's own beside the executable.
         std::vector<std::string> places;
         if (manager) places.push_back(ColourDirectory(*manager) + "/" + argument);
-        places.push_back((fs::read_symlink("/proc/self/exe", error).parent_path() / "ColorProfile" / argument).string());
+        places.push_back(tesk::path::OwnProfileFolder() + "/" + argument);
         for (const std::string& place : places)
             if (fs::is_regular_file(place, error)) {
                 path = place;

@@ -39,8 +39,15 @@ struct TRCCURVE {
     };
 };
 
-inline constexpr uint32_t kCurveTypeSignature = 'curv';
-inline constexpr uint32_t kParametricCurveTypeSignature = 'para';
+// An ICC four-character signature as a number ("curv" -> 0x63757276), the
+// value a multi-character literal has, without the compiler warning about one.
+constexpr uint32_t IccSignature(const char (&text)[5]) {
+    return uint32_t(uint8_t(text[0])) << 24 | uint32_t(uint8_t(text[1])) << 16 | uint32_t(uint8_t(text[2])) << 8 |
+           uint32_t(uint8_t(text[3]));
+}
+
+inline constexpr uint32_t kCurveTypeSignature = IccSignature("curv");
+inline constexpr uint32_t kParametricCurveTypeSignature = IccSignature("para");
 
 // Video-card gamma ('vcgt') table form.
 struct SVCGTTable {

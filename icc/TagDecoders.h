@@ -20,10 +20,10 @@ public:
     uint32_t TypeSignature() const { return U32(0); }
 };
 
-inline constexpr uint32_t kDescTypeSignature = 'desc';
-inline constexpr uint32_t kMlucTypeSignature = 'mluc';
-inline constexpr uint32_t kTextTypeSignature = 'text';
-inline constexpr uint32_t kXYZTypeSignature = 'XYZ ';
+inline constexpr uint32_t kDescTypeSignature = IccSignature("desc");
+inline constexpr uint32_t kMlucTypeSignature = IccSignature("mluc");
+inline constexpr uint32_t kTextTypeSignature = IccSignature("text");
+inline constexpr uint32_t kXYZTypeSignature = IccSignature("XYZ ");
 
 // More values than this in a 'vcgt' table cannot be allocated here.
 inline constexpr uint64_t kMaxVCGTValues = uint64_t{1} << 24;

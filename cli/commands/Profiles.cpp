@@ -31,9 +31,9 @@ int List(CColorManager& manager, bool cmyk) {
         more = cmyk ? manager.GetCMYKNextProfile(name) : manager.GetNextProfile(name);
         if (!name.empty()) std::printf("%s\n", name.c_str());
     }
-    // The program's own profiles are found beside it, outside the colour directory's lists.
+    // The program's own profiles, beside it or where they were installed, outside the colour directory's lists.
     std::error_code error;
-    const auto own = std::filesystem::read_symlink("/proc/self/exe", error).parent_path() / "ColorProfile";
+    const std::filesystem::path own = tesk::path::OwnProfileFolder();
     if (cmyk && std::filesystem::is_directory(own, error)) {
         std::printf("# the program's own, in %s:\n", own.c_str());
         for (const auto& entry : std::filesystem::directory_iterator(own, error))

@@ -53,7 +53,7 @@ std::string ColorDirectory() {
 
 std::string ProfilePath(const std::wstring& name) {
     const bool bare = name.find_first_of(L"\\/:") == std::wstring::npos;
-    if (!bare) return tesk::path::ToNative(name.c_str());
+    if (!bare) return tesk::path::WithInstalledProfileFallback(tesk::path::ToNative(name.c_str()));
     const std::string directory = ColorDirectory();
     return directory.empty() ? std::string() : directory + "/" + tesk::path::Utf8(name);
 }

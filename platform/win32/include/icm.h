@@ -23,7 +23,7 @@ typedef DWORD TAGTYPE, *PTAGTYPE, *LPTAGTYPE;
 
 #define INDEX_DONT_CARE 0
 #define CMM_FROM_PROFILE INDEX_DONT_CARE
-#define CMM_WINDOWS_DEFAULT 'Win '
+#define CMM_WINDOWS_DEFAULT 0x57696E20 /* 'Win ' */
 
 // Transform flags.
 #define PROOF_MODE 0x00000001
@@ -40,8 +40,8 @@ typedef DWORD TAGTYPE, *PTAGTYPE, *LPTAGTYPE;
 #define INTENT_ABSOLUTE_COLORIMETRIC 3
 
 // Standard colour-space profile identifiers.
-#define SPACE_RGB 'RGB '
-#define SPACE_CMYK 'CMYK'
+#define SPACE_RGB 0x52474220 /* 'RGB ' */
+#define SPACE_CMYK 0x434D594B /* 'CMYK' */
 
 // GetCMMInfo.
 #define CMM_WIN_VERSION 0
@@ -126,16 +126,16 @@ typedef struct tagPROFILE {
 } PROFILE, *PPROFILE, *LPPROFILE;
 
 // Profile classes and colour spaces as they appear in PROFILEHEADER.
-#define CLASS_MONITOR 'mntr'
-#define CLASS_PRINTER 'prtr'
-#define CLASS_SCANNER 'scnr'
-#define CLASS_LINK 'link'
-#define CLASS_ABSTRACT 'abst'
-#define CLASS_COLORSPACE 'spac'
-#define CLASS_NAMED 'nmcl'
-#define SPACE_XYZ 'XYZ '
-#define SPACE_Lab 'Lab '
-#define SPACE_GRAY 'GRAY'
+#define CLASS_MONITOR 0x6D6E7472 /* 'mntr' */
+#define CLASS_PRINTER 0x70727472 /* 'prtr' */
+#define CLASS_SCANNER 0x73636E72 /* 'scnr' */
+#define CLASS_LINK 0x6C696E6B /* 'link' */
+#define CLASS_ABSTRACT 0x61627374 /* 'abst' */
+#define CLASS_COLORSPACE 0x73706163 /* 'spac' */
+#define CLASS_NAMED 0x6E6D636C /* 'nmcl' */
+#define SPACE_XYZ 0x58595A20 /* 'XYZ ' */
+#define SPACE_Lab 0x4C616220 /* 'Lab ' */
+#define SPACE_GRAY 0x47524159 /* 'GRAY' */
 
 typedef struct tagGRAYCOLOR { WORD gray; } GRAYCOLOR;
 typedef struct tagRGBCOLOR { WORD red; WORD green; WORD blue; } RGBCOLOR;

@@ -1,0 +1,5 @@
+#include "HostServices.h"
+
+#include "SettingsStore.h"
+
+void StartHostServices() { RegisterSettingsStoreService(); }
