@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <thread>
 #include <vector>
 
 #include "bitmap_format.h"
@@ -16,10 +15,10 @@
 namespace tesk::mscms {
 namespace {
 
-// Below this many pixels a second thread costs more than it saves; the pool's
-// threads are already running, so a long single row is worth splitting.
-constexpr uint64_t kParallelPixels = 4096;
-constexpr uint64_t kPixelsPerPart = 2048;
+// A call of fewer pixels than this stays on the calling thread: waking a
+// sleeping helper costs more than it saves (measured with per-row calls).
+constexpr uint64_t kParallelPixels = 1024;
+constexpr uint64_t kPixelsPerPart = 512;
 // Pieces small enough that the last one to finish keeps nobody waiting long:
 // a few microseconds of a long row, a few milliseconds of a bitmap.
 constexpr DWORD kColumnsPerPiece = 256;
@@ -41,7 +40,8 @@ unsigned ForcedThreadCount() {
 unsigned ThreadCount(uint64_t pixels) {
     if (unsigned forced = ForcedThreadCount()) return forced;
     if (pixels < kParallelPixels) return 1;
-    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    // The pool counted the cores once; asking the system again reads /sys.
+    const unsigned cores = WorkerPool::Instance().Workers() + 1;
     return static_cast<unsigned>(std::min<uint64_t>({cores, kMaxThreads, pixels / kPixelsPerPart}));
 }
 

@@ -8,9 +8,9 @@
 namespace tesk::mscms {
 namespace {
 
-// Between the rows of an image the caller spends a few microseconds on its
-// own work; a worker that waits this long for the next job catches it
-// without the cost of sleeping and being woken.
+// A caller waiting for a helper that is running lets it finish this long
+// before sleeping; idle helpers never spin (a spinning helper takes the core
+// from whatever else the machine runs).
 constexpr auto kSpinTime = std::chrono::microseconds(50);
 // Longer than any wait for a helper that is running; shorter than the slice
 // a loaded system gives another thread before it runs ours again.
@@ -55,7 +55,6 @@ void WorkerPool::Serve() {
     uint64_t seenJob = 0;
     auto newJob = [&] { return (job_.load(std::memory_order_acquire) & ~(kJobStep - 1)) != seenJob; };
     for (;;) {
-        SpinUntil(newJob);
         if (!newJob()) {
             std::unique_lock lock(mutex_);
             wake_.wait(lock, newJob);
