@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bitmap_format.h"
+#include "eight_bit_path.h"
 #include "worker_pool.h"
 #include "transform_handles.h"
 
@@ -72,10 +73,11 @@ bool PixelsIndependent(const Plane& in, const Plane& out, DWORD height) {
 
 class RowTranslator {
 public:
-    RowTranslator(cmsHTRANSFORM transform, Plane in, Plane out, DWORD width, unsigned threads, bool splitRows,
-                  bool splitColumns)
-        : transform_(transform), in_(in), out_(out), width_(width), threads_(threads), splitRows_(splitRows),
-          splitColumns_(splitColumns) {}
+    // Pixels go through `path` when there is one, else through `transform`.
+    RowTranslator(const EightBitPath* path, cmsHTRANSFORM transform, Plane in, Plane out, DWORD width,
+                  unsigned threads, bool splitRows, bool splitColumns)
+        : path_(path), transform_(transform), in_(in), out_(out), width_(width), threads_(threads),
+          splitRows_(splitRows), splitColumns_(splitColumns) {}
 
     // Rows [first, first + count) on the pool's threads, in small pieces that
     // each thread takes as it comes free: by rows when there are enough of
@@ -114,12 +116,19 @@ private:
 
     void Translate(DWORD first, DWORD rows, DWORD column, DWORD columns) {
         if (rows == 0 || columns == 0) return;
+        if (path_) {
+            for (DWORD row = first; row < first + rows; ++row)
+                path_->Run(in_.bits + row * in_.stride + column * in_.bytesPerPixel,
+                           out_.bits + row * out_.stride + column * out_.bytesPerPixel, columns);
+            return;
+        }
         cmsDoTransformLineStride(transform_, in_.bits + first * in_.stride + column * in_.bytesPerPixel,
                                  out_.bits + first * out_.stride + column * out_.bytesPerPixel, columns, rows,
                                  static_cast<cmsUInt32Number>(in_.stride), static_cast<cmsUInt32Number>(out_.stride),
                                  0, 0);
     }
 
+    const EightBitPath* path_;
     cmsHTRANSFORM transform_;
     Plane in_;
     Plane out_;
@@ -174,14 +183,15 @@ BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFO
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    auto lcms = transform->chain->For(input.lcmsFormat, output.lcmsFormat);
-    if (!lcms) {
+    const auto path = transform->chain->EightBitPathFor(input.lcmsFormat, output.lcmsFormat);
+    const auto lcms = path ? nullptr : transform->chain->For(input.lcmsFormat, output.lcmsFormat);
+    if (!path && !lcms) {
         SetLastError(ERROR_INVALID_TRANSFORM);
         return FALSE;
     }
 
     const uint64_t pixels = uint64_t{dwWidth} * dwHeight;
-    RowTranslator translator(lcms->Get(), in, out, dwWidth, ThreadCount(pixels), RowsIndependent(in, out, dwHeight),
+    RowTranslator translator(path.get(), lcms ? lcms->Get() : nullptr, in, out, dwWidth, ThreadCount(pixels), RowsIndependent(in, out, dwHeight),
                              PixelsIndependent(in, out, dwHeight));
     if (!pfnCallBack) {
         translator.Run(0, dwHeight);
