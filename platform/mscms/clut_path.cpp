@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "eight_bit_path.h"
@@ -60,10 +61,19 @@ struct Tetrahedron {
     uint32_t weight[3];
 };
 
+// Larger and smaller of two words by masks, not branches: the order of the
+// fractions is as good as random from one pixel to the next.
+inline void Order(uint64_t& high, uint64_t& low) {
+    const uint64_t swap = (high ^ low) & (uint64_t{0} - uint64_t{high < low});
+    high ^= swap;
+    low ^= swap;
+}
+
 inline Tetrahedron Locate(uint32_t base, uint64_t a, uint64_t b, uint64_t c) {
-    const uint64_t high = std::max(a, b), low = std::min(a, b);
-    const uint64_t top = std::max(high, c), rest = std::min(high, c);
-    const uint64_t middle = std::max(rest, low), bottom = std::min(rest, low);
+    uint64_t top = a, middle = b, bottom = c;
+    Order(top, middle);
+    Order(top, bottom);
+    Order(middle, bottom);
     Tetrahedron t;
     t.base = base;
     t.first = base + static_cast<uint32_t>(top);
@@ -82,15 +92,22 @@ struct Clut {
     Axis axes[4];  // lcms2's input channel order; with four, the first is the outer one
 };
 
-// Output bytes to the pixel; the extra byte is copied when both have one.
-inline void Store(const Clut& clut, const uint8_t* in, uint8_t* out, uint32_t bytes) {
-    if (clut.out.size == 4) {
-        if (clut.out.hasExtra) bytes = (bytes & 0xFFFFFF) | uint32_t{clut.in.hasExtra ? in[clut.in.size - 1] : out[3]} << 24;
-        std::memcpy(out, &bytes, 4);
-    } else {
+// How output bytes are written: three colour bytes, four, or three and an
+// extra byte copied from the input's extra byte or left as it was.
+enum class Output { Three, Four, ExtraFromInput, ExtraKept };
+
+template <Output kind>
+inline void Store(const uint8_t* in, uint8_t* out, uint32_t bytes) {
+    if constexpr (kind == Output::Three) {
         std::memcpy(out, &bytes, 2);
         out[2] = static_cast<uint8_t>(bytes >> 16);
+        return;
+    } else if constexpr (kind == Output::ExtraFromInput) {
+        bytes = (bytes & 0xFFFFFF) | uint32_t{in[3]} << 24;  // both pixels are four bytes
+    } else if constexpr (kind == Output::ExtraKept) {
+        bytes = (bytes & 0xFFFFFF) | uint32_t{out[3]} << 24;
     }
+    std::memcpy(out, &bytes, 4);
 }
 
 // ---- SSE2: one pixel at a time, four outputs in the lanes of a register.
@@ -147,6 +164,7 @@ inline uint32_t ToBytes(__m128i v) {
     return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(packed, packed)));
 }
 
+template <Output kind>
 void RunThreeSse2(const Clut& clut, const uint8_t* in, uint8_t* out, size_t count) {
     const uint16_t* nodes = clut.nodes.data();
     const Axis &x = clut.axes[0], &y = clut.axes[1], &z = clut.axes[2];
@@ -156,10 +174,11 @@ void RunThreeSse2(const Clut& clut, const uint8_t* in, uint8_t* out, size_t coun
         const Tetrahedron t = Locate(x.below[r] + y.below[g] + z.below[b], x.towards[r], y.towards[g], z.towards[b]);
         __m128i c0;
         const __m128i sum = EdgeSum(nodes, t, 0, c0);
-        Store(clut, in, out, ToBytes(RoundThree(c0, sum)));
+        Store<kind>(in, out, ToBytes(RoundThree(c0, sum)));
     }
 }
 
+template <Output kind>
 void RunFourSse2(const Clut& clut, const uint8_t* in, uint8_t* out, size_t count) {
     const uint16_t* nodes = clut.nodes.data();
     const Axis &k = clut.axes[0], &x = clut.axes[1], &y = clut.axes[2], &z = clut.axes[3];
@@ -178,7 +197,7 @@ void RunFourSse2(const Clut& clut, const uint8_t* in, uint8_t* out, size_t count
         // Linear between the two: low + ((high - low) * fraction + 0x8000) >> 16.
         const __m128i diff = MulLow(_mm_sub_epi32(high, low), _mm_set1_epi32(fraction));
         const __m128i v = _mm_add_epi32(low, _mm_srai_epi32(_mm_add_epi32(diff, _mm_set1_epi32(0x8000)), 16));
-        Store(clut, in, out, ToBytes(v));
+        Store<kind>(in, out, ToBytes(v));
     }
 }
 
@@ -209,6 +228,17 @@ __attribute__((target("avx2"))) inline __m256i EdgeSumPair(const uint16_t* nodes
     return _mm256_add_epi32(_mm256_add_epi32(s1, s2), s3);
 }
 
+__attribute__((target("avx2"))) inline void ToBytesPair(__m256i v, uint32_t& first, uint32_t& second) {
+    v = _mm256_and_si256(v, _mm256_set1_epi32(0xFFFF));
+    const __m256i times = _mm256_add_epi32(_mm256_sub_epi32(_mm256_slli_epi32(v, 16), _mm256_slli_epi32(v, 8)), v);
+    const __m256i bytes = _mm256_srli_epi32(_mm256_add_epi32(times, _mm256_set1_epi32(0x800000)), 24);
+    __m256i packed = _mm256_packs_epi32(bytes, bytes);
+    packed = _mm256_packus_epi16(packed, packed);
+    first = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm256_castsi256_si128(packed)));
+    second = static_cast<uint32_t>(_mm_cvtsi128_si32(_mm256_extracti128_si256(packed, 1)));
+}
+
+template <Output kind>
 __attribute__((target("avx2"))) void RunThreeAvx2(const Clut& clut, const uint8_t* in, uint8_t* out,
                                                    size_t count) {
     const uint16_t* nodes = clut.nodes.data();
@@ -230,12 +260,15 @@ __attribute__((target("avx2"))) void RunThreeAvx2(const Clut& clut, const uint8_
         const __m256i v = _mm256_add_epi32(
             c0, _mm256_srai_epi32(_mm256_add_epi32(rounded, _mm256_srai_epi32(rounded, 16)), 16));
         // Both pixels were read before either is written, as in place needs.
-        Store(clut, in, out, ToBytes(_mm256_castsi256_si128(v)));
-        Store(clut, next, out + outSize, ToBytes(_mm256_extracti128_si256(v, 1)));
+        uint32_t first, second;
+        ToBytesPair(v, first, second);
+        Store<kind>(in, out, first);
+        Store<kind>(next, out + outSize, second);
     }
-    if (i < count) RunThreeSse2(clut, in, out, count - i);
+    if (i < count) RunThreeSse2<kind>(clut, in, out, count - i);
 }
 
+template <Output kind>
 __attribute__((target("avx2"))) void RunFourAvx2(const Clut& clut, const uint8_t* in, uint8_t* out,
                                                   size_t count) {
     const uint16_t* nodes = clut.nodes.data();
@@ -254,30 +287,38 @@ __attribute__((target("avx2"))) void RunFourAvx2(const Clut& clut, const uint8_t
         const __m128i high = RoundFour(_mm256_extracti128_si256(c0, 1), _mm256_extracti128_si256(sum, 1));
         const __m128i diff = _mm_mullo_epi32(_mm_sub_epi32(high, low), _mm_set1_epi32(fraction));
         const __m128i v = _mm_add_epi32(low, _mm_srai_epi32(_mm_add_epi32(diff, _mm_set1_epi32(0x8000)), 16));
-        Store(clut, in, out, ToBytes(v));
+        Store<kind>(in, out, ToBytes(v));
     }
+}
+
+using Runner = void (*)(const Clut&, const uint8_t*, uint8_t*, size_t);
+
+template <Output kind>
+std::pair<Runner, Runner> Runners(unsigned inputs) {  // AVX2, SSE2
+    if (inputs == 3) return {RunThreeAvx2<kind>, RunThreeSse2<kind>};
+    return {RunFourAvx2<kind>, RunFourSse2<kind>};
 }
 
 class ClutPath final : public EightBitPath {
 public:
     explicit ClutPath(Clut clut) : clut_(std::move(clut)) {
-        if (clut_.inputs == 3) {
-            avx2_ = RunThreeAvx2;
-            sse2_ = RunThreeSse2;
-        } else {
-            avx2_ = RunFourAvx2;
-            sse2_ = RunFourSse2;
-        }
+        const PixelBytes &in = clut_.in, &out = clut_.out;
+        if (out.size == 3)
+            runners_ = Runners<Output::Three>(clut_.inputs);
+        else if (!out.hasExtra)
+            runners_ = Runners<Output::Four>(clut_.inputs);
+        else if (in.hasExtra)
+            runners_ = Runners<Output::ExtraFromInput>(clut_.inputs);
+        else
+            runners_ = Runners<Output::ExtraKept>(clut_.inputs);
     }
     void Run(const uint8_t* in, uint8_t* out, size_t count) const override {
-        (UseAvx2() ? avx2_ : sse2_)(clut_, in, out, count);
+        (UseAvx2() ? runners_.first : runners_.second)(clut_, in, out, count);
     }
 
 private:
-    using Runner = void (*)(const Clut&, const uint8_t*, uint8_t*, size_t);
     Clut clut_;
-    Runner avx2_;
-    Runner sse2_;
+    std::pair<Runner, Runner> runners_;
 };
 
 // As lcms2 does for its own table (except for absolute colorimetric): the
