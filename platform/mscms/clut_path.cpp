@@ -92,24 +92,6 @@ struct Clut {
     Axis axes[4];  // lcms2's input channel order; with four, the first is the outer one
 };
 
-// How output bytes are written: three colour bytes, four, or three and an
-// extra byte copied from the input's extra byte or left as it was.
-enum class Output { Three, Four, ExtraFromInput, ExtraKept };
-
-template <Output kind>
-inline void Store(const uint8_t* in, uint8_t* out, uint32_t bytes) {
-    if constexpr (kind == Output::Three) {
-        std::memcpy(out, &bytes, 2);
-        out[2] = static_cast<uint8_t>(bytes >> 16);
-        return;
-    } else if constexpr (kind == Output::ExtraFromInput) {
-        bytes = (bytes & 0xFFFFFF) | uint32_t{in[3]} << 24;  // both pixels are four bytes
-    } else if constexpr (kind == Output::ExtraKept) {
-        bytes = (bytes & 0xFFFFFF) | uint32_t{out[3]} << 24;
-    }
-    std::memcpy(out, &bytes, 4);
-}
-
 // ---- SSE2: one pixel at a time, four outputs in the lanes of a register.
 
 inline __m128i Node(const uint16_t* nodes, uint32_t at) {
@@ -302,15 +284,12 @@ std::pair<Runner, Runner> Runners(unsigned inputs) {  // AVX2, SSE2
 class ClutPath final : public EightBitPath {
 public:
     explicit ClutPath(Clut clut) : clut_(std::move(clut)) {
-        const PixelBytes &in = clut_.in, &out = clut_.out;
-        if (out.size == 3)
-            runners_ = Runners<Output::Three>(clut_.inputs);
-        else if (!out.hasExtra)
-            runners_ = Runners<Output::Four>(clut_.inputs);
-        else if (in.hasExtra)
-            runners_ = Runners<Output::ExtraFromInput>(clut_.inputs);
-        else
-            runners_ = Runners<Output::ExtraKept>(clut_.inputs);
+        switch (OutputKind(clut_.in, clut_.out)) {
+        case Output::Three: runners_ = Runners<Output::Three>(clut_.inputs); break;
+        case Output::Four: runners_ = Runners<Output::Four>(clut_.inputs); break;
+        case Output::ExtraFromInput: runners_ = Runners<Output::ExtraFromInput>(clut_.inputs); break;
+        case Output::ExtraKept: runners_ = Runners<Output::ExtraKept>(clut_.inputs); break;
+        }
     }
     void Run(const uint8_t* in, uint8_t* out, size_t count) const override {
         (UseAvx2() ? runners_.first : runners_.second)(clut_, in, out, count);

@@ -35,6 +35,8 @@ std::unique_ptr<EightBitPath> MakeEightBitPath(ChainTransforms& chain, cmsUInt32
     const cmsColorSpaceSignature from = chain.EntrySpace(), to = chain.ExitSpace();
     if ((from == cmsSigRgbData && to == cmsSigCmykData) || (from == cmsSigCmykData && to == cmsSigRgbData))
         return MakeClutPath(chain, in, out);
+    if (from == cmsSigRgbData && to == cmsSigRgbData)
+        return MakeMatrixShaperPath(chain, inputFormat, outputFormat, in, out);
     return nullptr;
 }
 

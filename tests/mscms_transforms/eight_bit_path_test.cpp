@@ -71,5 +71,55 @@ TEST_F(EightBitPaths, ClutPathsGiveLcms2sBytesInEveryLayoutModeAndIntent) {
     }
 }
 
+// A gamma 2.2 RGB with wide primaries, so that the matrix is far from identity.
+Bytes WideGamutProfile() {
+    const cmsCIExyY white = {0.3127, 0.3290, 1.0};
+    const cmsCIExyYTRIPLE primaries = {{0.7347, 0.2653, 1.0}, {0.1152, 0.8264, 1.0}, {0.1566, 0.0177, 1.0}};
+    cmsToneCurve* gamma = cmsBuildGamma(nullptr, 2.2);
+    cmsToneCurve* curves[3] = {gamma, gamma, gamma};
+    Bytes bytes = SaveProfile(cmsCreateRGBProfile(&white, &primaries, curves));
+    cmsFreeToneCurve(gamma);
+    return bytes;
+}
+
+struct RgbCase {
+    BMFORMAT inFormat, outFormat;
+    cmsUInt32Number lcmsIn, lcmsOut;
+    size_t inBytes, outBytes;
+    DWORD mode;
+    cmsUInt32Number lcmsFlags;
+    DWORD intent;
+};
+
+constexpr RgbCase kRgbCases[] = {
+    {BM_RGBTRIPLETS, BM_RGBTRIPLETS, TYPE_BGR_8, TYPE_BGR_8, 3, 3, BEST_MODE, cmsFLAGS_HIGHRESPRECALC,
+     INTENT_RELATIVE_COLORIMETRIC},
+    {BM_xRGBQUADS, BM_xBGRQUADS, TYPE_BGRA_8, TYPE_RGBA_8, 4, 4, NORMAL_MODE, 0, INTENT_PERCEPTUAL},
+    {BM_BGRTRIPLETS, BM_xRGBQUADS, TYPE_RGB_8, TYPE_BGRA_8, 3, 4, BEST_MODE, cmsFLAGS_HIGHRESPRECALC,
+     INTENT_SATURATION},
+};
+
+TEST_F(EightBitPaths, MatrixShaperPathGivesLcms2sBytes) {
+    const Bytes wide = WideGamutProfile();
+    const DWORD width = 640, height = 80;
+    for (const Bytes* to : {&wide, static_cast<const Bytes*>(&srgb_)}) {
+        for (const RgbCase& c : kRgbCases) {
+            Transform transform = MakeTransform({&srgb_, to}, {c.intent}, c.mode);
+            Bytes in = NoiseBytes(size_t{width} * height * c.inBytes, 22);
+            Bytes reference =
+                LcmsReference(srgb_, *to, c.lcmsIn, c.lcmsOut, c.intent, c.lcmsFlags, in, size_t{width} * height);
+            if (c.inBytes == 4 && c.outBytes == 4)  // extra bytes travel, as lcms2 copies alpha when asked
+                for (size_t i = 3; i < reference.size(); i += 4) reference[i] = in[i];
+            Bytes out(reference.size());
+            if (c.lcmsIn == TYPE_RGB_8)  // no extra byte in: lcms2 leaves the output's as it was
+                for (size_t i = 3; i < out.size(); i += 4) out[i] = reference[i];
+            ASSERT_TRUE(TranslateBitmapBits(transform.Get(), in.data(), c.inFormat, width, height,
+                                            DWORD(width * c.inBytes), out.data(), c.outFormat,
+                                            DWORD(width * c.outBytes), nullptr, 0));
+            EXPECT_TRUE(out == reference) << c.inFormat << " to " << c.outFormat << (to == &wide ? " wide" : "");
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tesk::test
