@@ -82,10 +82,7 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     std::unique_lock busy(busy_, std::try_to_lock);
     const bool usable = busy.owns_lock() && getpid() == ownerProcess_;
     helpers = usable ? std::min(helpers, Workers()) : 0;
-    if (helpers > 0 && aloneJobs_ > 0) {
-        --aloneJobs_;
-        helpers = 0;
-    }
+    if (helpers > 0 && std::chrono::steady_clock::now() < aloneUntil_) helpers = 0;
     if (helpers == 0) {
         work();
         return;
@@ -114,11 +111,12 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     // system took off its core keeps the caller a scheduler slice or more.
     const auto waited = std::chrono::steady_clock::now() - finished;
     if (waited < std::max<std::chrono::steady_clock::duration>(kStallTime, (finished - started) / 2)) {
-        if (++cleanJobs_ >= kFirstBackoff * 16) backoff_ = kFirstBackoff;
+        if (++cleanJobs_ >= kCleanJobsToForgive) aloneFactor_ = kFirstAloneFactor;
         return;
     }
-    aloneJobs_ = backoff_;
-    backoff_ = std::min(backoff_ * 2, kMaxBackoff);
+    const auto now = std::chrono::steady_clock::now();
+    aloneUntil_ = now + waited * aloneFactor_;
+    aloneFactor_ = std::min(aloneFactor_ * 2, kMaxAloneFactor);
     cleanJobs_ = 0;
 }
 
