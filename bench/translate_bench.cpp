@@ -87,7 +87,8 @@ void SetPixels(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * int64_t{kWidth} * kHeight);
 }
 
-// lcms2 by itself: one transform, one call over the whole image.
+// lcms2 by itself: one transform, one call over the whole image, or with
+// state.range(0) == 2 one call per half on two threads.
 void Lcms2(benchmark::State& state, const Case& c) {
     if (c.from().empty() || c.to().empty()) return state.SkipWithError("profile not installed");
     const Bytes in = Image(c.inChannels, c.bytesPerChannel);
@@ -98,8 +99,18 @@ void Lcms2(benchmark::State& state, const Case& c) {
         cmsCreateTransform(from, c.lcmsIn, to, c.lcmsOut, INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_HIGHRESPRECALC);
     const cmsUInt32Number inStride = kWidth * c.inChannels * c.bytesPerChannel;
     const cmsUInt32Number outStride = kWidth * c.outChannels * c.bytesPerChannel;
+    const bool halves = state.range(0) == 2;
+    const cmsUInt32Number top = halves ? kHeight / 2 : kHeight;
     for (auto _ : state) {
-        cmsDoTransformLineStride(transform, in.data(), out.data(), kWidth, kHeight, inStride, outStride, 0, 0);
+        std::thread second;
+        if (halves)
+            second = std::thread([&] {
+                cmsDoTransformLineStride(transform, in.data() + size_t{top} * inStride,
+                                         out.data() + size_t{top} * outStride, kWidth, kHeight - top, inStride,
+                                         outStride, 0, 0);
+            });
+        cmsDoTransformLineStride(transform, in.data(), out.data(), kWidth, top, inStride, outStride, 0, 0);
+        if (second.joinable()) second.join();
         benchmark::DoNotOptimize(out.data());
     }
     SetPixels(state);
@@ -216,16 +227,16 @@ void CreateSecond(benchmark::State& state) {
     CloseColorProfile(destination);
 }
 
-BENCHMARK_CAPTURE(Lcms2, SrgbToFogra39, kSrgbToFogra)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, SrgbToFogra39, kSrgbToFogra)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, SrgbToFogra39, kSrgbToFogra)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(Lcms2, Fogra39ToSrgb, kFograToSrgb)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, Fogra39ToSrgb, kFograToSrgb)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, Fogra39ToSrgb, kFograToSrgb)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb8, kSrgbToAdobe8)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb8, kSrgbToAdobe8)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, SrgbToAdobeRgb8, kSrgbToAdobe8)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb16, kSrgbToAdobe16)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb16, kSrgbToAdobe16)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, SrgbToAdobeRgb16, kSrgbToAdobe16)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(RowByRow, SrgbToFogra39, kSrgbToFogra)
-    ->ArgsProduct({{256, 512, 1024, 2048, 6000}, {1, 2}, {0, 1}})
+    ->ArgsProduct({{512, 1024, 2048, 4096, 6000}, {1, 2}, {0, 1}})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 BENCHMARK(CreateFirst)->Unit(benchmark::kMillisecond);
