@@ -1,7 +1,8 @@
 // 8-bit pixels through a colour lookup table, interpolated the way lcms2
 // interpolates its own precalculated table: tetrahedral in 16.16 fixed point
 // over the last three inputs, linear between two such over a fourth. The grid
-// is lcms2's: its 16-bit transform of the same chain is sampled at the nodes.
+// is lcms2's: the same size, the same chain evaluated at the same nodes, and
+// white patched as lcms2 patches it, so the bytes come out as lcms2's.
 #include <immintrin.h>
 
 #include <algorithm>
@@ -335,6 +336,7 @@ std::unique_ptr<EightBitPath> MakeClutPath(ChainTransforms& chain, const PixelBy
     size_t count = 1;
     for (unsigned i = 0; i < in.channels; ++i) count *= points;
 
+    // lcms2's node inputs: i * 65535 / intervals, rounded.
     std::vector<uint16_t> onNode(points);
     for (unsigned i = 0; i < points; ++i)
         onNode[i] = static_cast<uint16_t>((uint64_t{65535} * i * 2 + intervals) / (2 * intervals));
@@ -347,9 +349,8 @@ std::unique_ptr<EightBitPath> MakeClutPath(ChainTransforms& chain, const PixelBy
     cmsDoTransform(sampler->Get(), inputs.data(), outputs.data(), static_cast<cmsUInt32Number>(count));
     FixWhite(chain, in.channels, out.channels, count, outputs);
 
-    // Outputs in the order of the pixel's bytes; a spare node past the end
-    // keeps the 8-byte loads inside the table.
-    clut.nodes.assign((count + 1) * kNodeWords, 0);
+    // Outputs in the order of the pixel's bytes.
+    clut.nodes.assign(count * kNodeWords, 0);
     for (size_t node = 0; node < count; ++node)
         for (unsigned c = 0; c < out.channels; ++c)
             clut.nodes[node * kNodeWords + out.offsets[c]] = outputs[node * out.channels + c];
