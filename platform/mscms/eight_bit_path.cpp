@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "transform_chain.h"
 
@@ -46,8 +47,13 @@ std::shared_ptr<const EightBitPath> ChainTransforms::EightBitPathFor(cmsUInt32Nu
     const auto key = std::make_pair(inputFormat, outputFormat);
     auto found = eightBitPaths_.find(key);
     if (found != eightBitPaths_.end()) return found->second;
-    std::shared_ptr<const EightBitPath> path = MakeEightBitPath(*this, inputFormat, outputFormat);
-    eightBitPaths_.emplace(key, path);
+    std::shared_ptr<const EightBitPath> path;
+    try {
+        path = MakeEightBitPath(*this, inputFormat, outputFormat);
+        eightBitPaths_.emplace(key, path);
+    } catch (const std::bad_alloc&) {
+        return nullptr;  // lcms2 does the work; the tables are tried again next time
+    }
     return path;
 }
 
