@@ -14,7 +14,7 @@ namespace {
 constexpr auto kSpinTime = std::chrono::microseconds(50);
 // Longer than any wait for a helper that is running; shorter than the slice
 // a loaded system gives another thread before it runs ours again.
-constexpr auto kStallTime = std::chrono::microseconds(500);
+constexpr auto kStallTime = std::chrono::microseconds(50);
 
 // True when ready() came true within `spin`. Readiness is looked at after
 // every pause (a pause lasts up to some hundred cycles), the clock only now
