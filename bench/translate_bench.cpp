@@ -6,12 +6,14 @@
 #include <lcms2.h>
 #include <windows.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -77,6 +79,7 @@ struct Case {
 };
 
 const Case kSrgbToFogra{Srgb, Fogra, BM_RGBTRIPLETS, BM_KYMCQUADS, TYPE_BGR_8, TYPE_CMYK_8, 3, 4, 1};
+const Case kFograToSrgb{Fogra, Srgb, BM_KYMCQUADS, BM_RGBTRIPLETS, TYPE_CMYK_8, TYPE_BGR_8, 4, 3, 1};
 const Case kSrgbToAdobe8{Srgb, AdobeRgb, BM_RGBTRIPLETS, BM_RGBTRIPLETS, TYPE_BGR_8, TYPE_BGR_8, 3, 3, 1};
 const Case kSrgbToAdobe16{Srgb, AdobeRgb, BM_16b_RGB, BM_16b_RGB, TYPE_BGR_16, TYPE_BGR_16, 3, 3, 2};
 
@@ -84,7 +87,8 @@ void SetPixels(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * int64_t{kWidth} * kHeight);
 }
 
-// lcms2 by itself: one transform, one call over the whole image.
+// lcms2 by itself: one transform, one call over the whole image, or with
+// state.range(0) == 2 one call per half on two threads.
 void Lcms2(benchmark::State& state, const Case& c) {
     if (c.from().empty() || c.to().empty()) return state.SkipWithError("profile not installed");
     const Bytes in = Image(c.inChannels, c.bytesPerChannel);
@@ -95,8 +99,18 @@ void Lcms2(benchmark::State& state, const Case& c) {
         cmsCreateTransform(from, c.lcmsIn, to, c.lcmsOut, INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_HIGHRESPRECALC);
     const cmsUInt32Number inStride = kWidth * c.inChannels * c.bytesPerChannel;
     const cmsUInt32Number outStride = kWidth * c.outChannels * c.bytesPerChannel;
+    const bool halves = state.range(0) == 2;
+    const cmsUInt32Number top = halves ? kHeight / 2 : kHeight;
     for (auto _ : state) {
-        cmsDoTransformLineStride(transform, in.data(), out.data(), kWidth, kHeight, inStride, outStride, 0, 0);
+        std::thread second;
+        if (halves)
+            second = std::thread([&] {
+                cmsDoTransformLineStride(transform, in.data() + size_t{top} * inStride,
+                                         out.data() + size_t{top} * outStride, kWidth, kHeight - top, inStride,
+                                         outStride, 0, 0);
+            });
+        cmsDoTransformLineStride(transform, in.data(), out.data(), kWidth, top, inStride, outStride, 0, 0);
+        if (second.joinable()) second.join();
         benchmark::DoNotOptimize(out.data());
     }
     SetPixels(state);
@@ -140,6 +154,44 @@ void Translate(benchmark::State& state, const Case& c) {
     unsetenv("TESK_TRANSLATE_THREADS");
 }
 
+// One TranslateBitmapBits call per row, as the command line converts images,
+// for rows of state.range(0) pixels (about 12 megapixels in all) on
+// state.range(1) threads; with state.range(2) set, a thread that never
+// sleeps keeps another core busy meanwhile.
+void RowByRow(benchmark::State& state, const Case& c) {
+    if (c.from().empty() || c.to().empty()) return state.SkipWithError("profile not installed");
+    const DWORD width = static_cast<DWORD>(state.range(0));
+    const DWORD rows = static_cast<DWORD>((uint64_t{kWidth} * kHeight / 2) / width);
+    setenv("TESK_TRANSLATE_THREADS", std::to_string(state.range(1)).c_str(), 1);
+    const Bytes in = Image(c.inChannels, c.bytesPerChannel);
+    Bytes out(size_t{width} * rows * c.outChannels * c.bytesPerChannel);
+    HPROFILE from = Open(c.from()), to = Open(c.to());
+    HTRANSFORM transform = Create(from, to);
+    if (!transform) return state.SkipWithError("no transform");
+    std::atomic<bool> stop{false};
+    std::thread busy;
+    if (state.range(2))
+        busy = std::thread([&] {
+            while (!stop.load(std::memory_order_relaxed)) {
+            }
+        });
+    const size_t inRow = size_t{width} * c.inChannels * c.bytesPerChannel;
+    const size_t outRow = size_t{width} * c.outChannels * c.bytesPerChannel;
+    for (auto _ : state) {
+        for (DWORD y = 0; y < rows; ++y)
+            TranslateBitmapBits(transform, const_cast<uint8_t*>(in.data() + y * inRow), c.inFormat, width, 1, 0,
+                                out.data() + y * outRow, c.outFormat, 0, nullptr, 0);
+        benchmark::DoNotOptimize(out.data());
+    }
+    stop = true;
+    if (busy.joinable()) busy.join();
+    state.SetItemsProcessed(state.iterations() * int64_t{width} * rows);
+    DeleteColorTransform(transform);
+    CloseColorProfile(from);
+    CloseColorProfile(to);
+    unsetenv("TESK_TRANSLATE_THREADS");
+}
+
 // A first CreateMultiProfileTransform builds the lcms2 transform. To keep
 // every iteration a first one, the destination cycles through more variants
 // than the transform cache holds (their headers differ in the date only).
@@ -175,12 +227,18 @@ void CreateSecond(benchmark::State& state) {
     CloseColorProfile(destination);
 }
 
-BENCHMARK_CAPTURE(Lcms2, SrgbToFogra39, kSrgbToFogra)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, SrgbToFogra39, kSrgbToFogra)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, SrgbToFogra39, kSrgbToFogra)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb8, kSrgbToAdobe8)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, Fogra39ToSrgb, kFograToSrgb)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Translate, Fogra39ToSrgb, kFograToSrgb)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb8, kSrgbToAdobe8)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, SrgbToAdobeRgb8, kSrgbToAdobe8)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb16, kSrgbToAdobe16)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Lcms2, SrgbToAdobeRgb16, kSrgbToAdobe16)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK_CAPTURE(Translate, SrgbToAdobeRgb16, kSrgbToAdobe16)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(RowByRow, SrgbToFogra39, kSrgbToFogra)
+    ->ArgsProduct({{512, 1024, 2048, 4096, 6000}, {1, 2}, {0, 1}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 BENCHMARK(CreateFirst)->Unit(benchmark::kMillisecond);
 BENCHMARK(CreateSecond)->Unit(benchmark::kMillisecond);
 

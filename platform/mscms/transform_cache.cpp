@@ -40,8 +40,10 @@ std::shared_ptr<ChainTransforms> AcquireChain(ChainKey key, DWORD& error) {
     // Made outside the lock: building a transform takes long, and other
     // threads may meanwhile use chains already cached.
     auto chain = std::make_shared<ChainTransforms>(std::move(key));
+    // Unoptimised, lcms2 joins the profiles without precalculating a table
+    // that the platform's own 8-bit paths would never use.
     const auto [input, output] = chain->UsualFormats();
-    if (!chain->For(input, output, &error)) return nullptr;
+    if (!chain->For(input, output, &error, cmsFLAGS_NOOPTIMIZE)) return nullptr;
 
     std::lock_guard lock(cache.mutex);
     if (auto raced = cache.Find(chain->Key())) return raced;

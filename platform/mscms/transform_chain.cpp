@@ -182,9 +182,10 @@ std::pair<cmsUInt32Number, cmsUInt32Number> ChainTransforms::UsualFormats() cons
 }
 
 std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat,
-                                                    DWORD* error) {
+                                                    DWORD* error, cmsUInt32Number extraFlags) {
     std::lock_guard lock(mutex_);
-    auto& slot = transforms_[{inputFormat, outputFormat}];
+    const auto key = std::make_tuple(inputFormat, outputFormat, extraFlags);
+    auto& slot = transforms_[key];
     if (slot) return slot;
 
     std::vector<cmsHPROFILE> opened;
@@ -203,7 +204,7 @@ std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat,
             list.push_back(opened[use.profile]);
             intents.push_back(use.intent);
         }
-        cmsUInt32Number flags = key_.lcmsFlags;
+        cmsUInt32Number flags = key_.lcmsFlags | extraFlags;
         if (T_EXTRA(inputFormat) && T_EXTRA(outputFormat)) flags |= cmsFLAGS_COPY_ALPHA;
         const bool gamut = flags & cmsFLAGS_GAMUTCHECK;
         made = cmsCreateExtendedTransform(nullptr, static_cast<cmsUInt32Number>(list.size()), list.data(),
@@ -216,7 +217,7 @@ std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat,
     for (cmsHPROFILE profile : opened) cmsCloseProfile(profile);
     if (!made) {
         if (error) *error = allOpened ? ERROR_INVALID_TRANSFORM : ERROR_INVALID_PROFILE;
-        transforms_.erase({inputFormat, outputFormat});
+        transforms_.erase(key);
         return nullptr;
     }
     slot = std::make_shared<LcmsTransform>(made);

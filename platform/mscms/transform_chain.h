@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -59,6 +60,8 @@ private:
     cmsHTRANSFORM handle_;
 };
 
+class EightBitPath;
+
 class ChainTransforms {
 public:
     explicit ChainTransforms(ChainKey key);
@@ -67,12 +70,16 @@ public:
     cmsColorSpaceSignature EntrySpace() const { return key_.entrySpace; }
     cmsColorSpaceSignature ExitSpace() const { return key_.exitSpace; }
 
-    // The lcms2 transform for this pair of formats, made on first use. Null
-    // when lcms2 refuses it, with `error` (if given) ERROR_INVALID_PROFILE when
-    // a profile cannot be read, else ERROR_INVALID_TRANSFORM. Safe to call
-    // from several threads.
+    // The lcms2 transform for this pair of formats, made on first use, with
+    // `extraFlags` added to the chain's own. Null when lcms2 refuses it, with
+    // `error` (if given) ERROR_INVALID_PROFILE when a profile cannot be read,
+    // else ERROR_INVALID_TRANSFORM. Safe to call from several threads.
     std::shared_ptr<LcmsTransform> For(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat,
-                                       DWORD* error = nullptr);
+                                       DWORD* error = nullptr, cmsUInt32Number extraFlags = 0);
+
+    // The platform's own path for this pair of 8-bit formats, made on first
+    // use; null where lcms2 is the path. Safe to call from several threads.
+    std::shared_ptr<const EightBitPath> EightBitPathFor(cmsUInt32Number inputFormat, cmsUInt32Number outputFormat);
 
     // The pair of 8-bit (or, for PCS ends, 16-bit) formats most callers use;
     // making it proves that the profiles can be joined.
@@ -81,7 +88,10 @@ public:
 private:
     ChainKey key_;
     std::mutex mutex_;
-    std::map<std::pair<cmsUInt32Number, cmsUInt32Number>, std::shared_ptr<LcmsTransform>> transforms_;
+    std::map<std::tuple<cmsUInt32Number, cmsUInt32Number, cmsUInt32Number>, std::shared_ptr<LcmsTransform>>
+        transforms_;
+    std::mutex eightBitMutex_;
+    std::map<std::pair<cmsUInt32Number, cmsUInt32Number>, std::shared_ptr<const EightBitPath>> eightBitPaths_;
 };
 
 }  // namespace tesk::mscms

@@ -8,13 +8,13 @@
 namespace tesk::mscms {
 namespace {
 
-// Between the rows of an image the caller spends a few microseconds on its
-// own work; a worker that waits this long for the next job catches it
-// without the cost of sleeping and being woken.
+// A caller waiting for a helper that is running lets it finish this long
+// before sleeping; idle helpers never spin (a spinning helper takes the core
+// from whatever else the machine runs).
 constexpr auto kSpinTime = std::chrono::microseconds(50);
 // Longer than any wait for a helper that is running; shorter than the slice
 // a loaded system gives another thread before it runs ours again.
-constexpr auto kStallTime = std::chrono::microseconds(500);
+constexpr auto kStallTime = std::chrono::microseconds(50);
 
 // True when ready() came true within `spin`. Readiness is looked at after
 // every pause (a pause lasts up to some hundred cycles), the clock only now
@@ -55,7 +55,6 @@ void WorkerPool::Serve() {
     uint64_t seenJob = 0;
     auto newJob = [&] { return (job_.load(std::memory_order_acquire) & ~(kJobStep - 1)) != seenJob; };
     for (;;) {
-        SpinUntil(newJob);
         if (!newJob()) {
             std::unique_lock lock(mutex_);
             wake_.wait(lock, newJob);
@@ -83,10 +82,7 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     std::unique_lock busy(busy_, std::try_to_lock);
     const bool usable = busy.owns_lock() && getpid() == ownerProcess_;
     helpers = usable ? std::min(helpers, Workers()) : 0;
-    if (helpers > 0 && aloneJobs_ > 0) {
-        --aloneJobs_;
-        helpers = 0;
-    }
+    if (helpers > 0 && std::chrono::steady_clock::now() < aloneUntil_) helpers = 0;
     if (helpers == 0) {
         work();
         return;
@@ -115,11 +111,12 @@ void WorkerPool::Share(unsigned helpers, const std::function<void()>& work) {
     // system took off its core keeps the caller a scheduler slice or more.
     const auto waited = std::chrono::steady_clock::now() - finished;
     if (waited < std::max<std::chrono::steady_clock::duration>(kStallTime, (finished - started) / 2)) {
-        if (++cleanJobs_ >= kFirstBackoff * 16) backoff_ = kFirstBackoff;
+        if (++cleanJobs_ >= kCleanJobsToForgive) aloneFactor_ = kFirstAloneFactor;
         return;
     }
-    aloneJobs_ = backoff_;
-    backoff_ = std::min(backoff_ * 2, kMaxBackoff);
+    const auto now = std::chrono::steady_clock::now();
+    aloneUntil_ = now + waited * aloneFactor_;
+    aloneFactor_ = std::min(aloneFactor_ * 2, kMaxAloneFactor);
     cleanJobs_ = 0;
 }
 

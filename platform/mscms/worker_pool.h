@@ -3,6 +3,7 @@
 // start of a thread.
 #pragma once
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -56,14 +57,16 @@ private:
     // A helper descheduled inside a job keeps its caller waiting until the
     // system runs it again: milliseconds, where a job of one row takes
     // microseconds. After such a wait the pool's callers work alone for a
-    // number of jobs, twice as many each time it happens again soon, so a
-    // busy machine is not made slower by threads that cannot run. Touched
-    // only by the caller holding `busy_`.
-    unsigned aloneJobs_ = 0;
-    unsigned backoff_ = kFirstBackoff;
+    // multiple of the time lost, a larger multiple each time it happens
+    // again soon, so that on a busy machine the waits cost a small share of
+    // the time and threads are never much slower than one. Touched only by
+    // the caller holding `busy_`.
+    std::chrono::steady_clock::time_point aloneUntil_{};
+    unsigned aloneFactor_ = kFirstAloneFactor;
     unsigned cleanJobs_ = 0;
-    static constexpr unsigned kFirstBackoff = 16;
-    static constexpr unsigned kMaxBackoff = 4096;
+    static constexpr unsigned kFirstAloneFactor = 32;
+    static constexpr unsigned kMaxAloneFactor = 1024;
+    static constexpr unsigned kCleanJobsToForgive = 256;
 };
 
 }  // namespace tesk::mscms
