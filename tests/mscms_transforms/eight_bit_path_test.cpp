@@ -35,7 +35,7 @@ class EightBitPaths : public IsolatedTest {
 protected:
     void TearDown() override { unsetenv("TESK_TRANSLATE_SIMD"); }
 
-    Bytes srgb_ = SrgbProfile();
+    Bytes srgb_ = SrgbProfileBytes();
     Bytes fogra_ = FograProfile();
 };
 
@@ -77,7 +77,7 @@ Bytes WideGamutProfile() {
     const cmsCIExyYTRIPLE primaries = {{0.7347, 0.2653, 1.0}, {0.1152, 0.8264, 1.0}, {0.1566, 0.0177, 1.0}};
     cmsToneCurve* gamma = cmsBuildGamma(nullptr, 2.2);
     cmsToneCurve* curves[3] = {gamma, gamma, gamma};
-    Bytes bytes = SaveProfile(cmsCreateRGBProfile(&white, &primaries, curves));
+    Bytes bytes = SavedProfile(cmsCreateRGBProfile(&white, &primaries, curves));
     cmsFreeToneCurve(gamma);
     return bytes;
 }
