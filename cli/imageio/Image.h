@@ -27,13 +27,19 @@ struct SImageHeader {
     std::vector<uint8_t> iccProfile;
 };
 
+long long DefaultPixelBudget();
+
 struct SReadOptions {
     // Larger images are refused before any pixel memory is taken.
-    long long maxPixels = 1LL << 30;
+    long long maxPixels = DefaultPixelBudget();
 };
+
+class COutputTransaction;
 
 struct SWriteOptions {
     int jpegQuality = 92;
+    // Set: the file becomes visible when the transaction commits, with the others.
+    COutputTransaction* transaction = nullptr;
 };
 
 // Short name of an image's layout for messages: "8-bit RGB", "16-bit CMYK", ...
