@@ -32,6 +32,8 @@ long long DefaultPixelBudget();
 struct SReadOptions {
     // Larger images are refused before any pixel memory is taken.
     long long maxPixels = DefaultPixelBudget();
+    // Set by the readers of headers: no pixel memory is taken, so no size is refused.
+    bool headerOnly = false;
 };
 
 class COutputTransaction;

@@ -102,10 +102,11 @@ bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
     jpeg_save_markers(cinfo, JPEG_APP0 + 2, 0xFFFF);
     jpeg_read_header(cinfo, TRUE);
     auto* common = reinterpret_cast<j_common_ptr>(cinfo);
-    Checked(common, [&] {
-        RequirePlausibleSize(job->name, cinfo->image_width, cinfo->image_height, cinfo->image_width, job->size,
-                             MostPixelsPerByte(*cinfo), job->options->maxPixels);
-    });
+    if (!job->headerOnly)
+        Checked(common, [&] {
+            RequirePlausibleSize(job->name, cinfo->image_width, cinfo->image_height, cinfo->image_width, job->size,
+                                 MostPixelsPerByte(*cinfo), job->options->maxPixels);
+        });
 
     EVPixelFormat format = VPF_RGB_8;
     switch (cinfo->jpeg_color_space) {

@@ -86,11 +86,12 @@ bool Decode(png_structp png, png_infop info, SPngJob* job) {
     png_uint_32 width = 0, height = 0;
     int depth = 0, colourType = 0, interlace = 0;
     png_get_IHDR(png, info, &width, &height, &depth, &colourType, &interlace, nullptr, nullptr);
-    Checked(png, job, [&] {
-        const uint64_t rowBytes = 1 + (uint64_t(width) * png_get_channels(png, info) * uint64_t(depth) + 7) / 8;
-        RequirePlausibleSize(job->name, width, height, rowBytes, job->fileBytes, kDeflateExpansion,
-                             job->options->maxPixels);
-    });
+    if (!job->headerOnly)
+        Checked(png, job, [&] {
+            const uint64_t rowBytes = 1 + (uint64_t(width) * png_get_channels(png, info) * uint64_t(depth) + 7) / 8;
+            RequirePlausibleSize(job->name, width, height, rowBytes, job->fileBytes, kDeflateExpansion,
+                                 job->options->maxPixels);
+        });
     if (!job->iccpRejected.empty())
         Checked(png, job, [&] {
             const bool unfit = job->iccpRejected.find("color space") != std::string::npos ||

@@ -63,8 +63,10 @@ STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOption
     if (sampleFormat != SAMPLEFORMAT_UINT) Unsupported(name, "floating-point or signed TIFF samples");
     if (layout.bits != 8 && layout.bits != 16)
         Unsupported(name, std::to_string(layout.bits) + "-bit TIFF samples (8 and 16 are supported)");
-    RequirePlausibleSize(name, layout.width, layout.height, uint64_t(layout.width) * layout.samples * (layout.bits / 8),
-                         FileBytes(tif), MostExpansion(tif), options.maxPixels);
+    if (!options.headerOnly)
+        RequirePlausibleSize(name, layout.width, layout.height,
+                             uint64_t(layout.width) * layout.samples * (layout.bits / 8), FileBytes(tif),
+                             MostExpansion(tif), options.maxPixels);
 
     switch (layout.photometric) {
         case PHOTOMETRIC_MINISBLACK:

@@ -176,8 +176,10 @@ std::unique_ptr<IImageRowSource> OpenTiffRowSource(const std::string& path, cons
 }
 
 SImageHeader ReadTiffHeader(const std::string& path, const SReadOptions& options) {
+    SReadOptions headerOptions = options;
+    headerOptions.headerOnly = true;
     SImageHeader header;
-    OpenTiffRowSource(path, options, header);
+    OpenTiffRowSource(path, headerOptions, header);
     return header;
 }
 
