@@ -126,6 +126,9 @@ bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
         if (marker->marker == JPEG_APP0 + 2) job->app2.push_back({marker->data, marker->data_length});
     if (auto profile = JoinIccMarkers(job->app2))
         Checked(common, [&] {
+            if (profile->empty())
+                throw CCliError(EExit::Corrupt, job->name + ": the embedded ICC profile is damaged (its APP2 chunks "
+                                                            "are missing, repeated, out of sequence or empty)");
             job->header.iccProfile = TakeEmbeddedProfile(job->name, profile->data(), profile->size(), format,
                                                          job->header.cmyk);
         });
