@@ -8,6 +8,7 @@
 #include <csetjmp>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "cli/Errors.h"
@@ -44,6 +45,7 @@ struct SJpegJob {
     std::string name;
     std::string failure;  // a CCliError's text from a check below the decoder
     std::vector<SMarkerBytes> app2;
+    std::optional<std::vector<uint8_t>> joinedProfile;
     SImageHeader header;
     SImage image;
 };
@@ -124,7 +126,8 @@ bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
     }
     for (jpeg_saved_marker_ptr marker = cinfo->marker_list; marker; marker = marker->next)
         if (marker->marker == JPEG_APP0 + 2) job->app2.push_back({marker->data, marker->data_length});
-    if (auto profile = JoinIccMarkers(job->app2))
+    job->joinedProfile = JoinIccMarkers(job->app2);
+    if (const auto& profile = job->joinedProfile)
         Checked(common, [&] {
             if (profile->empty())
                 throw CCliError(EExit::Corrupt, job->name + ": the embedded ICC profile is damaged (its APP2 chunks "
