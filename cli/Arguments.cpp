@@ -4,8 +4,22 @@
 #include <cstdlib>
 
 #include "cli/Errors.h"
+#include "cli/imageio/DeclaredSize.h"
 
 namespace teskcolor {
+
+namespace {
+
+// Every command that reads images takes it; it holds for the whole run.
+void SetPixelBudget(const std::string& command, const std::string& text) {
+    char* end = nullptr;
+    const long long pixels = std::strtoll(text.c_str(), &end, 10);
+    if (text.empty() || *end || pixels < 1)
+        throw CCliError(EExit::Usage, command + ": --max-pixels takes a positive whole number");
+    SetDefaultPixelBudget(pixels);
+}
+
+}  // namespace
 
 CArguments::CArguments(const std::string& command, const std::vector<std::string>& args,
                        const std::vector<SOptionSpec>& options)
@@ -30,6 +44,11 @@ CArguments::CArguments(const std::string& command, const std::vector<std::string
         if (size_t equals = arg.find('='); equals != std::string::npos) {
             name = arg.substr(0, equals);
             inlineValue = arg.substr(equals + 1);
+        }
+        if (name == "--max-pixels") {
+            if (!inlineValue && i + 1 >= args.size()) throw CCliError(EExit::Usage, command + ": --max-pixels needs a value");
+            SetPixelBudget(command, inlineValue ? *inlineValue : args[++i]);
+            continue;
         }
         const SOptionSpec* optionSpec = nullptr;
         for (const SOptionSpec& option : options)

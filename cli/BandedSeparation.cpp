@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <memory>
 
 #include "cli/Errors.h"
@@ -10,6 +9,7 @@
 #include "cli/Operations.h"
 #include "cli/PlateFiles.h"
 #include "cli/imageio/ImageBands.h"
+#include "cli/imageio/OutputFile.h"
 #include "colormgr/ColorManager.h"
 #include "host/imaging/StatusControl.h"
 
@@ -52,6 +52,9 @@ SImageHeader HeaderFor(const CRowIterator& band, int height, bool cmyk, std::vec
 std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std::string& input,
                                               const std::string& pattern, bool invert, CStatusControl* status) {
     const auto paths = PlatePaths(pattern);
+    COutputTransaction transaction;
+    SWriteOptions options;
+    options.transaction = &transaction;
     std::array<std::unique_ptr<IImageBandWriter>, 4> writers;
     ForEachBand(manager, input, status, [&](const SImage& band, int height, CStatusControl* bandStatus) {
         std::array<CRowIterator, 4> plates;
@@ -60,20 +63,13 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
         if (code != VELL_OK) ModuleFailure(code, "separation");
         for (size_t i = 0; i < 4; ++i) {
             // The plates' depth is the module's choice: the writers start with the first band.
-            if (!writers[i]) writers[i] = OpenImageBandWriter(paths[i], HeaderFor(plates[i], height, false, {}));
+            if (!writers[i]) writers[i] = OpenImageBandWriter(paths[i], HeaderFor(plates[i], height, false, {}), options);
             writers[i]->Append(plates[i]);
         }
     });
     if (!writers[0]) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
-    for (size_t i = 0; i < 4; ++i) {
-        try {
-            writers[i]->Commit();
-        } catch (...) {
-            std::error_code ignored;
-            for (size_t j = 0; j < i; ++j) std::filesystem::remove(paths[j], ignored);
-            throw;
-        }
-    }
+    for (auto& writer : writers) writer->Commit();
+    transaction.Commit();
     return {paths.begin(), paths.end()};
 }
 

@@ -15,6 +15,7 @@
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
 #include "colormgr/ColorManager.h"
+#include "icc/ICCReadColorProfile.h"
 
 namespace teskcolor {
 
@@ -56,8 +57,11 @@ std::vector<uint8_t> ReadFileBytes(const std::string& path) {
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
 }
 
-bool LooksLikeImage(const std::vector<uint8_t>& bytes) {
-    return DetectImageType(bytes.data(), std::min<size_t>(bytes.size(), 8)).has_value();
+bool IsImageFile(const std::string& path) {
+    uint8_t head[8] = {};
+    std::ifstream in(path, std::ios::binary);
+    in.read(reinterpret_cast<char*>(head), sizeof head);
+    return DetectImageType(head, size_t(in.gcount())).has_value();
 }
 
 }  // namespace
@@ -78,11 +82,22 @@ SProfileSource LoadProfileSource(const std::string& argument, CColorManager* man
     }
     if (!fs::is_regular_file(path, error)) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
 
-    std::vector<uint8_t> bytes = ReadFileBytes(path);
-    if (!LooksLikeImage(bytes)) return {std::move(bytes), argument, path};
-    SImage image = ReadImageMemory(bytes.data(), bytes.size());
+    if (!IsImageFile(path)) return {ReadFileBytes(path), argument, path};
+    // Only the header: the profile is all that is wanted of the image.
+    SImageHeader image = ReadImageHeader(path);
     if (image.iccProfile.empty()) throw CCliError(EExit::NotFound, argument + ": the image carries no ICC profile");
     return {std::move(image.iccProfile), argument + " (embedded)", ""};
+}
+
+void RequireAcceptedProfile(const SProfileSource& profile) {
+    // The reader may touch the block while it checks it; it gets a copy.
+    std::vector<uint8_t> block = profile.bytes;
+    CICCReadColorProfile reader;
+    bool valid = true;
+    if (block.empty() || !reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid))
+        throw CCliError(EExit::Corrupt, profile.origin + ": the colour manager " +
+                                            (valid ? "refuses this profile" : "finds this profile invalid") +
+                                            " (see teskcolor info)");
 }
 
 void RequireColourSpace(const SProfileSource& profile, uint32_t space, const std::string& role) {

@@ -51,6 +51,10 @@ std::string KeepForThisRun(const std::vector<uint8_t>& bytes, const std::string&
 // is installed when `install` is set, else copied there for this run only.
 std::wstring NameInColourDirectory(const SProfileSource& profile, CColorManager& manager, bool install);
 
+// Throws CCliError(Corrupt) unless the module's reader accepts the profile,
+// as `info` checks it: one it refuses must not become a setting.
+void RequireAcceptedProfile(const SProfileSource& profile);
+
 // Throws CCliError(WrongProfile) unless the profile's header has that data
 // colour space ('RGB ', 'CMYK', 'GRAY'); `role` names its use in the message.
 void RequireColourSpace(const SProfileSource& profile, uint32_t space, const std::string& role);

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "cli/imageio/ImageFile.h"
+#include "cli/imageio/OutputFile.h"
 
 namespace teskcolor {
 
@@ -20,27 +21,24 @@ std::array<std::string, 4> PlatePaths(const std::string& pattern) {
 }
 
 std::vector<std::string> WritePlates(const std::string& pattern, const std::array<SImage, 4>& plates,
-                                     CStatusControl* status) {
+                                     COutputTransaction& transaction, CStatusControl* status) {
     const auto paths = PlatePaths(pattern);
     // The four files are independent: written side by side, the first plate reporting progress.
+    SWriteOptions options;
+    options.transaction = &transaction;
     std::array<std::exception_ptr, 4> failures;
     std::vector<std::thread> writers;
     for (size_t i = 0; i < 4; ++i)
         writers.emplace_back([&, i] {
             try {
-                WriteImage(paths[i], plates[i], i == 0 ? status : nullptr);
+                WriteImage(paths[i], plates[i], i == 0 ? status : nullptr, options);
             } catch (...) {
                 failures[i] = std::current_exception();
             }
         });
     for (std::thread& writer : writers) writer.join();
-    for (const std::exception_ptr& failure : failures) {
-        if (!failure) continue;
-        std::error_code ignored;
-        for (size_t i = 0; i < 4; ++i)
-            if (!failures[i]) std::filesystem::remove(paths[i], ignored);
-        std::rethrow_exception(failure);
-    }
+    for (const std::exception_ptr& failure : failures)
+        if (failure) std::rethrow_exception(failure);
     return {paths.begin(), paths.end()};
 }
 

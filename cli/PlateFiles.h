@@ -14,8 +14,10 @@ namespace teskcolor {
 inline constexpr const char* kInkNames[4] = {"cyan", "magenta", "yellow", "black"};
 
 std::array<std::string, 4> PlatePaths(const std::string& pattern);
-// Writes all four or none: a plate that fails removes those written before it.
+class COutputTransaction;
+
+// Writes the four plates into `transaction`: they appear when it commits.
 std::vector<std::string> WritePlates(const std::string& pattern, const std::array<SImage, 4>& plates,
-                                     CStatusControl* status);
+                                     COutputTransaction& transaction, CStatusControl* status);
 
 }  // namespace teskcolor

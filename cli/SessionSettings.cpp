@@ -2,11 +2,14 @@
 
 #include <atomic>
 #include <map>
+#include <optional>
+#include <vector>
 #include <type_traits>
 #include <string>
 #include <utility>
 #include <variant>
 
+#include "cli/Errors.h"
 #include "host/SettingsStore.h"
 #include "host/SingletonManager.h"
 
@@ -28,15 +31,54 @@ SOverlay& Overlay() {
     return overlay;
 }
 
+// The writes of a CSettingsChange and what they are compared with: the value
+// the module restated, else the value first read from the file (nothing: it
+// was not there).
+struct SChange {
+    bool active = false;
+    bool baseline = false;
+    std::map<Key, Value> writes;
+    std::map<Key, Value> restated;
+    std::map<Key, std::optional<Value>> firstRead;
+};
+
+SChange& Change() {
+    static SChange change;
+    return change;
+}
+
 template <typename T>
 bool ReadOverride(int group, int id, T& out) {
-    auto found = Overlay().values.find({group, id});
-    if (found == Overlay().values.end()) return false;
-    if (const T* value = std::get_if<T>(&found->second)) {
-        out = *value;
-        return true;
+    for (const auto* values : {&Overlay().values, &Change().writes}) {
+        auto found = values->find({group, id});
+        if (found == values->end()) continue;
+        if (const T* value = std::get_if<T>(&found->second)) {
+            out = *value;
+            return true;
+        }
     }
     return false;
+}
+
+template <typename T>
+void NoteRead(int group, int id, bool found, const T& value) {
+    auto& firstRead = Change().firstRead;
+    if (!firstRead.count({group, id})) firstRead[{group, id}] = found ? std::optional<Value>(value) : std::nullopt;
+}
+
+// Held writes: true when the write is taken care of here.
+bool HoldWrite(int group, int id, Value value) {
+    if (Overlay().active) {
+        Overlay().values[{group, id}] = std::move(value);
+        return true;
+    }
+    SChange& change = Change();
+    if (!change.active) return false;
+    if (change.baseline)
+        change.restated[{group, id}] = std::move(value);
+    else
+        change.writes[{group, id}] = std::move(value);
+    return true;
 }
 
 class CGroup;
@@ -78,7 +120,10 @@ public:
     }
 
     bool ReadInt(int id, int& value) override {
-        return ReadOverride(m_nGroup, id, value) || (m_pInner && m_pInner->ReadInt(id, value));
+        if (ReadOverride(m_nGroup, id, value)) return true;
+        const bool found = m_pInner && m_pInner->ReadInt(id, value);
+        NoteRead(m_nGroup, id, found, value);
+        return found;
     }
     bool ReadText(int id, CString& value) override {
         std::wstring text;
@@ -86,31 +131,27 @@ public:
             value = text.c_str();
             return true;
         }
-        return m_pInner && m_pInner->ReadText(id, value);
+        const bool found = m_pInner && m_pInner->ReadText(id, value);
+        NoteRead(m_nGroup, id, found, std::wstring(found ? value.Str() : std::wstring()));
+        return found;
     }
     bool ReadDouble(int id, double& value) override {
-        return ReadOverride(m_nGroup, id, value) || (m_pInner && m_pInner->ReadDouble(id, value));
+        if (ReadOverride(m_nGroup, id, value)) return true;
+        const bool found = m_pInner && m_pInner->ReadDouble(id, value);
+        NoteRead(m_nGroup, id, found, value);
+        return found;
     }
     IVError* WriteDouble(int id, double value, int flags) override {
-        if (Overlay().active) {
-            Overlay().values[{m_nGroup, id}] = value;
-            return nullptr;
-        }
+        if (HoldWrite(m_nGroup, id, value)) return nullptr;
         return m_pInner ? m_pInner->WriteDouble(id, value, flags) : nullptr;
     }
 
     IVError* WriteInt(int id, int value, int flags) {
-        if (Overlay().active) {
-            Overlay().values[{m_nGroup, id}] = value;
-            return nullptr;
-        }
+        if (HoldWrite(m_nGroup, id, value)) return nullptr;
         return ForwardWrite<IVSettingsIntWriter>(IID_IVSettingsIntWriter, id, value, flags);
     }
     IVError* WriteText(int id, const wchar_t* value, int flags) {
-        if (Overlay().active) {
-            Overlay().values[{m_nGroup, id}] = std::wstring(value ? value : L"");
-            return nullptr;
-        }
+        if (HoldWrite(m_nGroup, id, std::wstring(value ? value : L""))) return nullptr;
         return ForwardWrite<IVSettingsTextWriter>(IID_IVSettingsTextWriter, id, value, flags);
     }
 
@@ -157,6 +198,10 @@ public:
     CStore() : TUnknownImpl<IVSettingsStore>(IID_IVSettingsStore), m_pInner(CreateFileSettingsStore()) {}
 
     IVError* Prepare() override { return m_pInner->Prepare(); }
+    HRESULT QueryInterface(const GUID& iid, void** out) override {
+        if (iid == IID_IVSettingsMerge) return m_pInner->QueryInterface(iid, out);
+        return TUnknownImpl::QueryInterface(iid, out);
+    }
     IVError* OpenGroup(int group, IVSettingsGroup** out) override {
         if (!out) return nullptr;
         IVSettingsGroup* inner = nullptr;
@@ -183,5 +228,49 @@ void RegisterSessionSettingsStore() {
 }
 
 void KeepWritesForThisRun() { Overlay().active = true; }
+
+namespace {
+// What was read stays: it is this process's view of the file.
+void EndChange(SChange& change) {
+    change.active = change.baseline = false;
+    change.writes.clear();
+    change.restated.clear();
+}
+}  // namespace
+
+CSettingsChange::CSettingsChange() {
+    EndChange(Change());
+    Change().active = true;
+}
+
+CSettingsChange::~CSettingsChange() { EndChange(Change()); }
+
+void CSettingsChange::SetRecordingBaseline(bool on) { Change().baseline = on; }
+
+void CSettingsChange::Commit() {
+    SChange& change = Change();
+    std::vector<SSettingsEntry> changed;
+    for (const auto& [key, value] : change.writes) {
+        std::optional<Value> before;
+        if (auto restated = change.restated.find(key); restated != change.restated.end())
+            before = restated->second;
+        else if (auto read = change.firstRead.find(key); read != change.firstRead.end())
+            before = read->second;
+        if (before != value) changed.push_back({key.first, key.second, value});
+    }
+    EndChange(change);
+    if (changed.empty()) return;
+    RegisterSessionSettingsStore();
+    auto* store = static_cast<IVSettingsStore*>(CSingletonManager::Instance().GetInstanceVoid(kSettingsStoreGUID));
+    IVSettingsMerge* merge = nullptr;
+    if (!store || store->QueryInterface(IID_IVSettingsMerge, reinterpret_cast<void**>(&merge)) != S_OK || !merge)
+        throw CCliError(EExit::WriteFailed, "the settings cannot be written");
+    IVError* error = merge->WriteTogether(changed.data(), changed.size());
+    merge->Release();
+    if (error) {
+        error->Release();
+        throw CCliError(EExit::WriteFailed, "cannot write the settings file " + SettingsFilePath());
+    }
+}
 
 }  // namespace teskcolor

@@ -13,4 +13,31 @@ void RegisterSessionSettingsStore();
 // From now on, writes stay in memory for this process.
 void KeepWritesForThisRun();
 
+// One change of the user's settings, however many values the module writes
+// for it: the writes are held until Commit, which applies to the settings
+// file, in one replacement under its lock, only the values this process
+// changed. A value another process changed meanwhile is kept.
+class CSettingsChange {
+public:
+    CSettingsChange();
+    // Without a commit the held writes are dropped.
+    ~CSettingsChange();
+    CSettingsChange(const CSettingsChange&) = delete;
+    CSettingsChange& operator=(const CSettingsChange&) = delete;
+
+    // Writes made by `restate` are the module restating values it holds:
+    // they are what a later write is compared with, and no change themselves.
+    template <typename Restate>
+    void Baseline(Restate restate) {
+        SetRecordingBaseline(true);
+        restate();
+        SetRecordingBaseline(false);
+    }
+    // Throws CCliError(WriteFailed).
+    void Commit();
+
+private:
+    static void SetRecordingBaseline(bool on);
+};
+
 }  // namespace teskcolor

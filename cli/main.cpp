@@ -38,7 +38,9 @@ void PrintUsage(std::FILE* out) {
                  "\n'teskcolor COMMAND --help' describes a command.\n"
                  "exit codes: 0 done, 1 the colour system failed, 2 bad arguments, 3 missing file,\n"
                  "4 corrupt or truncated file, 5 unsupported image layout, 6 profile of the wrong class,\n"
-                 "7 output could not be written.\n");
+                 "7 output could not be written.\n"
+                 "Commands that read images refuse one of more than 2^30 pixels unless\n"
+                 "--max-pixels N allows more.\n");
 }
 
 }  // namespace

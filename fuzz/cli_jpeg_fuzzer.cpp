@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         markers.push_back({data + at + 1, length});
         at += 1 + length;
     }
-    const std::vector<uint8_t> profile = teskcolor::JoinIccMarkers(markers);
+    const std::vector<uint8_t> profile = teskcolor::JoinIccMarkers(markers).value_or(std::vector<uint8_t>{});
     if (!profile.empty() && teskcolor::SplitIccProfile(profile).empty() && profile.size() <= 255 * teskcolor::kIccMarkerPayload)
         __builtin_trap();
     return 0;

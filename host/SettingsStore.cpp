@@ -5,6 +5,7 @@
 #include <tesk/path.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -13,7 +14,7 @@
 #include "host/SingletonManager.h"
 
 // The file holds one JSON object: "group/id" -> {"int": n} | {"text": s} | {"double": d}.
-// A write takes an exclusive lock, reads what is on disk, changes one entry
+// A write takes an exclusive lock, reads what is on disk, changes its entries
 // and replaces the file by rename, so concurrent writers lose nothing and a
 // crash leaves either the old or the new file.
 namespace {
@@ -79,10 +80,16 @@ public:
     }
 
     bool Set(int group, int id, const char* kind, const Json& value) {
+        return SetAll({{EntryKey(group, id), Json{{kind, value}}}});
+    }
+
+    // Entries "group/id" -> {kind: value}, written in one replacement of the file.
+    bool SetAll(const Json& entries) {
         std::lock_guard lock(m_mutex);
         FileLock fileLock(m_path);
+        RemoveAbandonedTemporaries();
         Json merged = ReadFile(m_path);
-        merged[EntryKey(group, id)] = Json{{kind, value}};
+        for (auto entry = entries.begin(); entry != entries.end(); ++entry) merged[entry.key()] = *entry;
         m_values = merged;
         m_loaded = true;
         return tesk::path::WriteFileAtomically(m_path, merged.dump(1) + "\n");
@@ -91,6 +98,7 @@ public:
     bool Erase(int group, int id) {
         std::lock_guard lock(m_mutex);
         FileLock fileLock(m_path);
+        RemoveAbandonedTemporaries();
         Json merged = ReadFile(m_path);
         bool existed = merged.erase(EntryKey(group, id)) > 0;
         m_values = merged;
@@ -101,6 +109,21 @@ public:
     const std::string& Path() const { return m_path; }
 
 private:
+    // Every writer holds the lock while its temporary exists, so under the
+    // lock a temporary of the file belongs to a writer that was killed.
+    void RemoveAbandonedTemporaries() const {
+        const std::filesystem::path file(m_path);
+        const std::string prefix = file.filename().string() + ".";
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(file.parent_path(), error)) {
+            const std::string name = entry.path().filename().string();
+            // The atomic writer's temporaries: the name, a dot and six random characters.
+            if (name.size() == prefix.size() + 6 && name.compare(0, prefix.size(), prefix) == 0 &&
+                name.find('.', prefix.size()) == std::string::npos)
+                std::filesystem::remove(entry.path(), error);
+        }
+    }
+
     std::mutex m_mutex;
     std::string m_path;
     Json m_values = Json::object();
@@ -176,9 +199,45 @@ private:
     int m_group;
 };
 
+class CMerge : public TUnknownImpl<IVSettingsMerge> {
+public:
+    // Holds a reference to `owner`, the store whose file it writes.
+    CMerge(IVSettingsStore* owner, SettingsFile& file) : TUnknownImpl(IID_IVSettingsMerge), m_owner(owner), m_file(file) {
+        m_owner->AddRef();
+    }
+    IVError* WriteTogether(const SSettingsEntry* entries, size_t count) override {
+        if (!entries && count) return new CStoreError(ERROR_INVALID_PARAMETER);
+        Json all = Json::object();
+        for (size_t i = 0; i < count; ++i) {
+            const SSettingsEntry& entry = entries[i];
+            Json value;
+            if (const int* number = std::get_if<int>(&entry.value))
+                value = Json{{"int", *number}};
+            else if (const double* real = std::get_if<double>(&entry.value))
+                value = Json{{"double", *real}};
+            else
+                value = Json{{"text", tesk::path::Utf8(std::get<std::wstring>(entry.value))}};
+            all[EntryKey(entry.group, entry.id)] = value;
+        }
+        return m_file.SetAll(all) ? nullptr : new CStoreError(ERROR_WRITE_FAULT);
+    }
+
+private:
+    ~CMerge() override { m_owner->Release(); }
+    IVSettingsStore* m_owner;
+    SettingsFile& m_file;
+};
+
 class CFileSettingsStore : public TUnknownImpl<IVSettingsStore> {
 public:
     CFileSettingsStore() : TUnknownImpl(IID_IVSettingsStore), m_file(SettingsFilePath()) {}
+    HRESULT QueryInterface(const GUID& iid, void** out) override {
+        if (out && iid == IID_IVSettingsMerge) {
+            *out = static_cast<IVSettingsMerge*>(new CMerge(this, m_file));
+            return S_OK;
+        }
+        return TUnknownImpl::QueryInterface(iid, out);
+    }
     IVError* Prepare() override {
         m_file.Reload();
         return nullptr;

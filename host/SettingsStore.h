@@ -6,6 +6,9 @@
 #pragma once
 #include <windows.h>
 
+#include <string>
+#include <variant>
+
 #include "CString.h"
 #include "Unknown.h"
 
@@ -14,6 +17,7 @@ constexpr GUID IID_IVSettingsIntWriter = {0xC93879F9, 0x19B5, 0x4465, {0x93, 0xC
 constexpr GUID IID_IVSettingsTextWriter = {0xA758F827, 0x12C5, 0x4436, {0x81, 0x5F, 0x39, 0x0C, 0xCA, 0x91, 0x1D, 0xB0}};
 constexpr GUID IID_IVSettingsGroup = {0x5B7D3C2E, 0x8E61, 0x4F0A, {0x9C, 0x55, 0x21, 0x7A, 0x40, 0x6B, 0xD3, 0x11}};
 constexpr GUID IID_IVSettingsStore = {0x0E4C6A7D, 0x2B19, 0x4C83, {0xB1, 0x6E, 0x93, 0x5F, 0x02, 0xA8, 0x7C, 0x44}};
+constexpr GUID IID_IVSettingsMerge = {0x7D21A0C4, 0x3F5E, 0x4B8A, {0x9E, 0x12, 0x6C, 0x0B, 0x57, 0xE4, 0x28, 0x91}};
 
 struct IVSettingsIntWriter : IVUnknown {
     // Null on success, else an error object the caller releases.
@@ -36,6 +40,17 @@ struct IVSettingsStore : IVUnknown {
     // Readies the store for a sequence of calls (re-reads the file).
     virtual IVError* Prepare() = 0;
     virtual IVError* OpenGroup(int group, IVSettingsGroup** out) = 0;
+};
+
+struct SSettingsEntry {
+    int group = 0, id = 0;
+    std::variant<int, std::wstring, double> value;
+};
+
+// Several values written as one change, so that no reader ever sees some of
+// them without the others. The file-backed store gives it through QueryInterface.
+struct IVSettingsMerge : IVUnknown {
+    virtual IVError* WriteTogether(const SSettingsEntry* entries, size_t count) = 0;
 };
 
 // A new file-backed store (reference count 1).

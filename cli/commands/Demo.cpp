@@ -10,6 +10,7 @@
 #include "cli/PlateFiles.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/imageio/OutputFile.h"
 #include "colormgr/ColorManager.h"
 
 namespace teskcolor {
@@ -40,32 +41,38 @@ int RunDemo(const Args& args) {
     std::printf("working space: %s\nCMYK profile:  %s\n", workingSpace.origin.c_str(), cmykProfile.origin.c_str());
 
     const auto path = [&](const char* name) { return (folder / name).string(); };
+    // The demo's files replace those of an earlier run all together, or not at all.
+    COutputTransaction files;
+    SWriteOptions options;
+    options.transaction = &files;
     CProgressBar progress("demo");
     SImage chart = MakeChart(1200, 800, false);
     chart.iccProfile = workingSpace.bytes;
-    WriteImage(path("chart.tif"), chart, progress.Status());
+    WriteImage(path("chart.tif"), chart, progress.Status(), options);
     progress.Finish();
     std::printf("1. chart            %s\n", path("chart.tif").c_str());
 
     auto plates = SeparateToPlates(manager, chart, true, progress.Status());
-    WritePlates(path("chart.tif"), plates, progress.Status());
+    WritePlates(path("chart.tif"), plates, files, progress.Status());
     progress.Finish();
     std::printf("2. plates           %s\n", PlatePaths(path("chart.tif"))[0].c_str());
     for (int i = 1; i < 4; ++i) std::printf("                    %s\n", PlatePaths(path("chart.tif"))[size_t(i)].c_str());
-    WriteImage(path("chart-cmyk.tif"), SeparateToPacked(manager, chart, progress.Status()), progress.Status());
+    WriteImage(path("chart-cmyk.tif"), SeparateToPacked(manager, chart, progress.Status()), progress.Status(),
+               options);
     progress.Finish();
     std::printf("   packed CMYK      %s\n", path("chart-cmyk.tif").c_str());
 
     const SImage recombined = CombinePlates(manager, plates, progress.Status());
-    WriteImage(path("recombined.tif"), recombined, progress.Status());
+    WriteImage(path("recombined.tif"), recombined, progress.Status(), options);
     progress.Finish();
     std::printf("3. recombined RGB   %s\n", path("recombined.tif").c_str());
 
     const std::string proofProfile = cmykProfile.file.empty() ? std::string() : cmykProfile.file;
     const SImage proof = ProofImage(manager, recombined, proofProfile, int(manager.GetLCSIntent()), 1, progress.Status());
-    WriteImage(path("proof.tif"), proof, progress.Status());
+    WriteImage(path("proof.tif"), proof, progress.Status(), options);
     progress.Finish();
     std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
+    files.Commit();
     std::printf("done: the files are in %s\n", folder.c_str());
     return 0;
 }

@@ -57,6 +57,7 @@ int RunProfiles(const Args& args) {
     if (words[0] == "install") {
         std::error_code error;
         if (!std::filesystem::is_regular_file(words[1], error)) throw CCliError(EExit::NotFound, words[1] + ": no such file");
+        RequireAcceptedProfile(LoadProfileSource(words[1], &manager));
         const std::wstring path = tesk::path::ToWindows(std::filesystem::absolute(words[1]).string());
         if (!manager.InstallColorProfileW(path.c_str()))
             throw CCliError(EExit::Failed, words[1] + ": the colour system refused to install it");

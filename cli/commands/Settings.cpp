@@ -7,6 +7,7 @@
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/SessionSettings.h"
 #include "colormgr/ColorManager.h"
 #include "host/SettingsStore.h"
 #include "host/SingletonManager.h"
@@ -102,6 +103,7 @@ DWORD IntentValue(const std::string& text) {
 // elsewhere is installed there first.
 CString CheckedProfile(const std::string& argument, uint32_t space, const std::string& role, CColorManager& manager) {
     const SProfileSource profile = LoadProfileSource(argument, &manager);
+    RequireAcceptedProfile(profile);
     RequireColourSpace(profile, space, role);
     return CString(NameInColourDirectory(profile, manager, true));
 }
@@ -110,6 +112,7 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
     if (words.size() < 2) throw CCliError(EExit::Usage, "usage: teskcolor settings set KEY VALUE...");
     const std::string& key = words[0];
     const std::string& value = words[1];
+    CSettingsChange change;
     SStored stored = ReadStore();
     bool useProfiles = manager.GetMode() == VCM_MODE_PROFILES;
     bool proof = stored.proof != 0;
@@ -117,6 +120,15 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
     DWORD proofIntent = DWORD(stored.proofIntent);
     CString proofProfile;  // empty: left as it is
     bool commit = true;
+    const auto update = [&] {
+        CString empty;
+        std::wstring proofName = proofProfile.Str();
+        manager.UpdateSettings(useProfiles, proof, empty.GetBuffer(1), empty.GetBuffer(1), proofName.data(), intent,
+                               proofIntent);
+    };
+    // The module writes every value at once: only those that differ from
+    // this restatement are the user's change.
+    change.Baseline(update);
 
     if (key == "mode") {
         if (value != "off" && value != "profiles" && value != "tables")
@@ -166,12 +178,8 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
     } else {
         throw CCliError(EExit::Usage, "settings: unknown key '" + key + "' (see settings --help)");
     }
-    if (commit) {
-        CString empty;
-        std::wstring proofName = proofProfile.Str();
-        manager.UpdateSettings(useProfiles, proof, empty.GetBuffer(1), empty.GetBuffer(1), proofName.data(), intent,
-                               proofIntent);
-    }
+    if (commit) update();
+    change.Commit();
     std::printf("%s set\n", key.c_str());
     return 0;
 }

@@ -27,13 +27,21 @@ struct SImageHeader {
     std::vector<uint8_t> iccProfile;
 };
 
+long long DefaultPixelBudget();
+
 struct SReadOptions {
     // Larger images are refused before any pixel memory is taken.
-    long long maxPixels = 1LL << 30;
+    long long maxPixels = DefaultPixelBudget();
+    // Set by the readers of headers: no pixel memory is taken, so no size is refused.
+    bool headerOnly = false;
 };
+
+class COutputTransaction;
 
 struct SWriteOptions {
     int jpegQuality = 92;
+    // Set: the file becomes visible when the transaction commits, with the others.
+    COutputTransaction* transaction = nullptr;
 };
 
 // Short name of an image's layout for messages: "8-bit RGB", "16-bit CMYK", ...

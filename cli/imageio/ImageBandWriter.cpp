@@ -49,7 +49,7 @@ std::unique_ptr<IImageBandWriter> OpenImageBandWriter(const std::string& path, c
                                                       const SWriteOptions& options) {
     const std::optional<EImageType> type = ImageTypeForPath(path);
     if (!type) throw CCliError(EExit::Usage, path + ": output must end in .tif, .tiff, .png, .jpg or .jpeg");
-    if (*type == EImageType::Tiff) return OpenTiffBandWriter(path, header);
+    if (*type == EImageType::Tiff) return OpenTiffBandWriter(path, header, options);
     return std::make_unique<CGatheringWriter>(path, header, options);
 }
 

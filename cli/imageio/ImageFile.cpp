@@ -32,7 +32,9 @@ std::optional<EImageType> DetectImageType(const uint8_t* head, size_t size) {
     return std::nullopt;
 }
 
-SImage ReadImage(const std::string& path, CStatusControl* status, const SReadOptions& options) {
+namespace {
+
+EImageType FileImageType(const std::string& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error)) throw CCliError(EExit::NotFound, path + ": no such file");
     if (std::filesystem::is_directory(path, error)) throw CCliError(EExit::NotFound, path + ": is a folder");
@@ -46,10 +48,25 @@ SImage ReadImage(const std::string& path, CStatusControl* status, const SReadOpt
         if (got == 0) throw CCliError(EExit::Corrupt, path + ": empty file");
         throw CCliError(EExit::Unsupported, path + ": not a TIFF, PNG or JPEG image");
     }
-    switch (*type) {
+    return *type;
+}
+
+}  // namespace
+
+SImage ReadImage(const std::string& path, CStatusControl* status, const SReadOptions& options) {
+    switch (FileImageType(path)) {
         case EImageType::Tiff: return ReadTiffFile(path, options, status);
         case EImageType::Png: return ReadPngFile(path, options, status);
         case EImageType::Jpeg: return ReadJpegFile(path, options, status);
+    }
+    throw CCliError(EExit::Unsupported, path + ": unknown image type");
+}
+
+SImageHeader ReadImageHeader(const std::string& path, const SReadOptions& options) {
+    switch (FileImageType(path)) {
+        case EImageType::Tiff: return ReadTiffHeader(path, options);
+        case EImageType::Png: return ReadPngHeader(path, options);
+        case EImageType::Jpeg: return ReadJpegHeader(path, options);
     }
     throw CCliError(EExit::Unsupported, path + ": unknown image type");
 }
@@ -70,8 +87,8 @@ void WriteImage(const std::string& path, const SImage& image, CStatusControl* st
     if (!type) throw CCliError(EExit::Usage, path + ": output must end in .tif, .tiff, .png, .jpg or .jpeg");
     if (!image.pixels.IsAttached()) throw CCliError(EExit::Failed, path + ": no image to write");
     switch (*type) {
-        case EImageType::Tiff: WriteTiff(path, image, status); return;
-        case EImageType::Png: WritePng(path, image, status); return;
+        case EImageType::Tiff: WriteTiff(path, image, options, status); return;
+        case EImageType::Png: WritePng(path, image, options, status); return;
         case EImageType::Jpeg: WriteJpeg(path, image, options, status); return;
     }
 }

@@ -20,6 +20,8 @@ std::optional<EImageType> DetectImageType(const uint8_t* head, size_t size);
 // Throws CCliError: NotFound for a missing file, Corrupt for a damaged one,
 // Unsupported for a format or layout that is not handled.
 SImage ReadImage(const std::string& path, CStatusControl* status = nullptr, const SReadOptions& options = {});
+// The header and the embedded profile only: the pixels are not read.
+SImageHeader ReadImageHeader(const std::string& path, const SReadOptions& options = {});
 SImage ReadImageMemory(const uint8_t* data, size_t size, const SReadOptions& options = {});
 // Writes through a temporary file; on failure the destination is untouched.
 void WriteImage(const std::string& path, const SImage& image, CStatusControl* status = nullptr,

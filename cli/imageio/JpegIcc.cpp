@@ -9,25 +9,29 @@ namespace {
 constexpr char kIccIdentifier[12] = {'I', 'C', 'C', '_', 'P', 'R', 'O', 'F', 'I', 'L', 'E', '\0'};
 }
 
-std::vector<uint8_t> JoinIccMarkers(const std::vector<SMarkerBytes>& app2Markers) {
+std::optional<std::vector<uint8_t>> JoinIccMarkers(const std::vector<SMarkerBytes>& app2Markers) {
     std::vector<const SMarkerBytes*> chunks;
     int count = 0;
+    bool present = false;
     for (const SMarkerBytes& marker : app2Markers) {
-        if (marker.size < kIccMarkerHeader || std::memcmp(marker.data, kIccIdentifier, sizeof kIccIdentifier) != 0)
+        if (marker.size < sizeof kIccIdentifier || std::memcmp(marker.data, kIccIdentifier, sizeof kIccIdentifier) != 0)
             continue;
+        present = true;
+        if (marker.size < kIccMarkerHeader) return std::vector<uint8_t>{};
         const int sequence = marker.data[12];
         const int total = marker.data[13];
-        if (total == 0 || sequence == 0 || sequence > total) return {};
+        if (total == 0 || sequence == 0 || sequence > total) return std::vector<uint8_t>{};
         if (count == 0) {
             count = total;
             chunks.assign(size_t(count), nullptr);
         }
-        if (total != count || chunks[size_t(sequence - 1)]) return {};
+        if (total != count || chunks[size_t(sequence - 1)]) return std::vector<uint8_t>{};
         chunks[size_t(sequence - 1)] = &marker;
     }
+    if (!present) return std::nullopt;
     std::vector<uint8_t> profile;
     for (const SMarkerBytes* chunk : chunks) {
-        if (!chunk) return {};
+        if (!chunk) return std::vector<uint8_t>{};
         profile.insert(profile.end(), chunk->data + kIccMarkerHeader, chunk->data + chunk->size);
     }
     return profile;

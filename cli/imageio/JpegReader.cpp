@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <cstdio>
 // jpeglib.h needs FILE and size_t declared first.
 #include <jerror.h>
@@ -6,10 +8,13 @@
 #include <csetjmp>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
+#include "cli/imageio/DeclaredSize.h"
+#include "cli/imageio/EmbeddedProfile.h"
 #include "cli/imageio/JpegIcc.h"
 #include "host/imaging/StatusControl.h"
 
@@ -35,8 +40,13 @@ struct SJpegJob {
     CStatusControl* status = nullptr;
     std::FILE* file = nullptr;
     const uint8_t* data = nullptr;
-    size_t size = 0;
+    size_t size = 0;  // of the file or the data
+    bool headerOnly = false;
+    std::string name;
+    std::string failure;  // a CCliError's text from a check below the decoder
     std::vector<SMarkerBytes> app2;
+    std::optional<std::vector<uint8_t>> joinedProfile;
+    SImageHeader header;
     SImage image;
 };
 
@@ -48,10 +58,13 @@ void OnErrorExit(j_common_ptr cinfo) {
     std::longjmp(job->jump, 1);
 }
 
-// Warnings are dropped, except the one that says the data ended early: a
-// truncated file is an error, not a grey bottom half.
+// Warnings of damaged or missing data are errors: libjpeg would carry on and
+// fill what it could not decode with grey. Only the two that do not concern
+// the data are let through.
 void OnEmitMessage(j_common_ptr cinfo, int level) {
-    if (level < 0 && cinfo->err->msg_code == JWRN_JPEG_EOF) OnErrorExit(cinfo);
+    if (level >= 0) return;
+    const int code = cinfo->err->msg_code;
+    if (code != JWRN_JFIF_MAJOR && code != JWRN_ADOBE_XFORM) OnErrorExit(cinfo);
 }
 void OnOutputMessage(j_common_ptr) {}
 
@@ -61,6 +74,25 @@ void Refuse(j_common_ptr cinfo, EExit code, const char* text) {
     std::snprintf(job->message, sizeof job->message, "%s", text);
     std::longjmp(job->jump, 1);
 }
+
+// Runs a check that throws CCliError; its message is carried over the longjmp.
+template <typename Check>
+void Checked(j_common_ptr cinfo, Check check) {
+    SJpegJob* job = JobOf(cinfo);
+    EExit code = EExit::Ok;
+    try {
+        check();
+        return;
+    } catch (const CCliError& error) {
+        job->failure = error.what();
+        code = error.Code();
+    }
+    Refuse(cinfo, code, "");
+}
+
+// A Huffman-coded block of flat colour still takes a bit or two; arithmetic
+// coding can go far lower.
+double MostPixelsPerByte(const jpeg_decompress_struct& cinfo) { return cinfo.arith_code ? 32768 : 1024; }
 
 bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
     if (setjmp(job->jump)) return false;
@@ -72,8 +104,11 @@ bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
     jpeg_save_markers(cinfo, JPEG_APP0 + 2, 0xFFFF);
     jpeg_read_header(cinfo, TRUE);
     auto* common = reinterpret_cast<j_common_ptr>(cinfo);
-    if (static_cast<long long>(cinfo->image_width) * cinfo->image_height > job->options->maxPixels)
-        Refuse(common, EExit::Unsupported, "image is larger than allowed");
+    if (!job->headerOnly)
+        Checked(common, [&] {
+            RequirePlausibleSize(job->name, cinfo->image_width, cinfo->image_height, cinfo->image_width, job->size,
+                                 MostPixelsPerByte(*cinfo), job->options->maxPixels);
+        });
 
     EVPixelFormat format = VPF_RGB_8;
     switch (cinfo->jpeg_color_space) {
@@ -85,10 +120,27 @@ bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
         case JCS_YCCK:
             cinfo->out_color_space = JCS_CMYK;
             format = VPF_RGBA_8;
-            job->image.cmyk = true;
+            job->header.cmyk = true;
             break;
         default: cinfo->out_color_space = JCS_EXT_BGR; break;
     }
+    for (jpeg_saved_marker_ptr marker = cinfo->marker_list; marker; marker = marker->next)
+        if (marker->marker == JPEG_APP0 + 2) job->app2.push_back({marker->data, marker->data_length});
+    job->joinedProfile = JoinIccMarkers(job->app2);
+    if (const auto& profile = job->joinedProfile)
+        Checked(common, [&] {
+            if (profile->empty())
+                throw CCliError(EExit::Corrupt, job->name + ": the embedded ICC profile is damaged (its APP2 chunks "
+                                                            "are missing, repeated, out of sequence or empty)");
+            job->header.iccProfile = TakeEmbeddedProfile(job->name, profile->data(), profile->size(), format,
+                                                         job->header.cmyk);
+        });
+    job->header.width = int(cinfo->image_width);
+    job->header.height = int(cinfo->image_height);
+    job->header.format = format;
+    if (job->headerOnly) return true;
+    job->image.cmyk = job->header.cmyk;
+    job->image.iccProfile = job->header.iccProfile;
     jpeg_start_decompress(cinfo);
     if (cinfo->output_components != CVPixelFormat::GetChannelCount(format))
         Refuse(common, EExit::Unsupported, "JPEG colour layout is not supported");
@@ -108,14 +160,11 @@ bool Decode(jpeg_decompress_struct* cinfo, SJpegJob* job) {
             for (size_t i = 0; i < rowBytes; ++i) row[i] = BYTE(~row[i]);
         }
     }
-    for (jpeg_saved_marker_ptr marker = cinfo->marker_list; marker; marker = marker->next)
-        if (marker->marker == JPEG_APP0 + 2) job->app2.push_back({marker->data, marker->data_length});
-    job->image.iccProfile = JoinIccMarkers(job->app2);
     jpeg_finish_decompress(cinfo);
     return true;
 }
 
-SImage Read(SJpegJob& job, const std::string& name) {
+void Read(SJpegJob& job) {
     jpeg_decompress_struct cinfo{};
     cinfo.err = jpeg_std_error(&job.bridge.errors);
     job.bridge.job = &job;
@@ -124,23 +173,38 @@ SImage Read(SJpegJob& job, const std::string& name) {
     job.bridge.errors.output_message = OnOutputMessage;
     const bool ok = Decode(&cinfo, &job);
     jpeg_destroy_decompress(&cinfo);
-    if (!ok) {
-        EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
-        throw CCliError(code, name + ": " + (code == EExit::Corrupt ? "corrupt or truncated JPEG: " : "") + job.message);
-    }
-    return std::move(job.image);
+    if (ok) return;
+    const EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
+    if (!job.failure.empty()) throw CCliError(code, job.failure);
+    throw CCliError(code, job.name + ": " + (code == EExit::Corrupt ? "corrupt or truncated JPEG: " : "") + job.message);
+}
+
+void ReadFile(SJpegJob& job, const std::string& path) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
+    struct stat info {};
+    job.size = fstat(fileno(file.get()), &info) == 0 ? size_t(info.st_size) : 0;
+    job.file = file.get();
+    job.name = path;
+    Read(job);
 }
 
 }  // namespace
 
 SImage ReadJpegFile(const std::string& path, const SReadOptions& options, CStatusControl* status) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
     SJpegJob job;
     job.options = &options;
     job.status = status;
-    job.file = file.get();
-    return Read(job, path);
+    ReadFile(job, path);
+    return std::move(job.image);
+}
+
+SImageHeader ReadJpegHeader(const std::string& path, const SReadOptions& options) {
+    SJpegJob job;
+    job.options = &options;
+    job.headerOnly = true;
+    ReadFile(job, path);
+    return std::move(job.header);
 }
 
 SImage ReadJpegMemory(const uint8_t* data, size_t size, const SReadOptions& options) {
@@ -148,7 +212,9 @@ SImage ReadJpegMemory(const uint8_t* data, size_t size, const SReadOptions& opti
     job.options = &options;
     job.data = data;
     job.size = size;
-    return Read(job, "JPEG data");
+    job.name = "JPEG data";
+    Read(job);
+    return std::move(job.image);
 }
 
 }  // namespace teskcolor

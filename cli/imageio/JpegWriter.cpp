@@ -79,7 +79,7 @@ void WriteJpeg(const std::string& path, const SImage& image, const SWriteOptions
             throw CCliError(EExit::Unsupported, path + ": JPEG cannot hold " + DescribeLayout(image));
         pixels = &converted;
     }
-    COutputFile output(path);
+    COutputFile output(path, options.transaction);
     SJpegWriteJob job;
     job.pixels = pixels;
     job.iccMarkers = SplitIccProfile(image.iccProfile);

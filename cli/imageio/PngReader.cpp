@@ -1,4 +1,5 @@
 #include <png.h>
+#include <sys/stat.h>
 
 #include <csetjmp>
 #include <cstdio>
@@ -8,6 +9,8 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
+#include "cli/imageio/DeclaredSize.h"
+#include "cli/imageio/EmbeddedProfile.h"
 #include "cli/imageio/PixelOrder.h"
 #include "host/imaging/StatusControl.h"
 
@@ -24,6 +27,12 @@ struct SPngJob {
     std::vector<png_bytep> rows;
     char message[256] = {};
     EExit refusal = EExit::Ok;  // set when the file is fine but not wanted
+    std::string name;
+    std::string failure;       // a CCliError's text from a check below the decoder
+    std::string iccpRejected;  // libpng's reason for dropping the embedded profile
+    size_t fileBytes = 0;
+    bool headerOnly = false;
+    SImageHeader header;
     // Memory source; null data when reading from a FILE*.
     const uint8_t* data = nullptr;
     size_t size = 0;
@@ -35,7 +44,12 @@ void OnError(png_structp png, png_const_charp text) {
     std::snprintf(job->message, sizeof job->message, "%s", text ? text : "PNG error");
     png_longjmp(png, 1);
 }
-void OnWarning(png_structp, png_const_charp) {}
+// libpng drops a profile it finds damaged or unfit with a mere warning; the
+// reader makes that an error.
+void OnWarning(png_structp png, png_const_charp text) {
+    auto* job = static_cast<SPngJob*>(png_get_error_ptr(png));
+    if (text && std::strncmp(text, "iCCP", 4) == 0 && job->iccpRejected.empty()) job->iccpRejected = text;
+}
 
 void ReadFromMemory(png_structp png, png_bytep out, size_t count) {
     auto* job = static_cast<SPngJob*>(png_get_io_ptr(png));
@@ -49,14 +63,42 @@ void Refuse(png_structp png, SPngJob* job, EExit code, const char* text) {
     png_error(png, text);
 }
 
+// Runs a check that throws CCliError; its message is carried over the longjmp.
+template <typename Check>
+void Checked(png_structp png, SPngJob* job, Check check) {
+    EExit code = EExit::Ok;
+    try {
+        check();
+        return;
+    } catch (const CCliError& error) {
+        job->failure = error.what();
+        code = error.Code();
+    }
+    Refuse(png, job, code, "");
+}
+
+// Deflate expands a byte to at most 1032; a little more covers the framing.
+constexpr double kDeflateExpansion = 1100;
+
 bool Decode(png_structp png, png_infop info, SPngJob* job) {
     if (setjmp(png_jmpbuf(png))) return false;
     png_read_info(png, info);
     png_uint_32 width = 0, height = 0;
     int depth = 0, colourType = 0, interlace = 0;
     png_get_IHDR(png, info, &width, &height, &depth, &colourType, &interlace, nullptr, nullptr);
-    if (static_cast<long long>(width) * height > job->options->maxPixels)
-        Refuse(png, job, EExit::Unsupported, "image is larger than allowed");
+    if (!job->headerOnly)
+        Checked(png, job, [&] {
+            const uint64_t rowBytes = 1 + (uint64_t(width) * png_get_channels(png, info) * uint64_t(depth) + 7) / 8;
+            RequirePlausibleSize(job->name, width, height, rowBytes, job->fileBytes, kDeflateExpansion,
+                                 job->options->maxPixels);
+        });
+    if (!job->iccpRejected.empty())
+        Checked(png, job, [&] {
+            const bool unfit = job->iccpRejected.find("color space") != std::string::npos ||
+                               job->iccpRejected.find("colorspace") != std::string::npos;
+            throw CCliError(unfit ? EExit::WrongProfile : EExit::Corrupt,
+                            job->name + ": the embedded ICC profile is refused: " + job->iccpRejected);
+        });
 
     if (colourType == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(png);
     if (colourType == PNG_COLOR_TYPE_GRAY && depth < 8) png_set_expand_gray_1_2_4_to_8(png);
@@ -75,8 +117,15 @@ bool Decode(png_structp png, png_infop info, SPngJob* job) {
     int compression = 0;
     png_bytep profile = nullptr;
     png_uint_32 profileSize = 0;
-    if (png_get_iCCP(png, info, &name, &compression, &profile, &profileSize) && profile && profileSize > 0)
-        job->image.iccProfile.assign(profile, profile + profileSize);
+    if (png_get_iCCP(png, info, &name, &compression, &profile, &profileSize))
+        Checked(png, job, [&] {
+            job->header.iccProfile = TakeEmbeddedProfile(job->name, profile, profileSize, format, false);
+        });
+    job->header.width = int(width);
+    job->header.height = int(height);
+    job->header.format = format;
+    if (job->headerOnly) return true;
+    job->image.iccProfile = job->header.iccProfile;
 
     if (!job->image.pixels.Create(int(width), int(height), format))
         Refuse(png, job, EExit::Failed, "not enough memory for the image");
@@ -94,12 +143,12 @@ bool Decode(png_structp png, png_infop info, SPngJob* job) {
     return true;
 }
 
-SImage Read(SPngJob& job, std::FILE* file, const std::string& name) {
+void Read(SPngJob& job, std::FILE* file) {
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &job, OnError, OnWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!info) {
         png_destroy_read_struct(&png, nullptr, nullptr);
-        throw CCliError(EExit::Failed, name + ": cannot start the PNG decoder");
+        throw CCliError(EExit::Failed, job.name + ": cannot start the PNG decoder");
     }
     png_set_benign_errors(png, 1);
     png_set_user_limits(png, 0x7FFFFFFF / 8, 0x7FFFFFFF);
@@ -109,22 +158,37 @@ SImage Read(SPngJob& job, std::FILE* file, const std::string& name) {
         png_set_read_fn(png, &job, ReadFromMemory);
     const bool ok = Decode(png, info, &job);
     png_destroy_read_struct(&png, &info, nullptr);
-    if (!ok) {
-        EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
-        throw CCliError(code, name + ": " + (code == EExit::Corrupt ? "corrupt or truncated PNG: " : "") + job.message);
-    }
-    return std::move(job.image);
+    if (ok) return;
+    const EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
+    if (!job.failure.empty()) throw CCliError(code, job.failure);
+    throw CCliError(code, job.name + ": " + (code == EExit::Corrupt ? "corrupt or truncated PNG: " : "") + job.message);
+}
+
+void ReadFile(SPngJob& job, const std::string& path) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
+    struct stat info {};
+    job.fileBytes = fstat(fileno(file.get()), &info) == 0 ? size_t(info.st_size) : 0;
+    job.name = path;
+    Read(job, file.get());
 }
 
 }  // namespace
 
 SImage ReadPngFile(const std::string& path, const SReadOptions& options, CStatusControl* status) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
     SPngJob job;
     job.options = &options;
     job.status = status;
-    return Read(job, file.get(), path);
+    ReadFile(job, path);
+    return std::move(job.image);
+}
+
+SImageHeader ReadPngHeader(const std::string& path, const SReadOptions& options) {
+    SPngJob job;
+    job.options = &options;
+    job.headerOnly = true;
+    ReadFile(job, path);
+    return std::move(job.header);
 }
 
 SImage ReadPngMemory(const uint8_t* data, size_t size, const SReadOptions& options) {
@@ -132,7 +196,10 @@ SImage ReadPngMemory(const uint8_t* data, size_t size, const SReadOptions& optio
     job.options = &options;
     job.data = data;
     job.size = size;
-    return Read(job, nullptr, "PNG data");
+    job.fileBytes = size;
+    job.name = "PNG data";
+    Read(job, nullptr);
+    return std::move(job.image);
 }
 
 }  // namespace teskcolor

@@ -63,11 +63,11 @@ bool Encode(png_structp png, png_infop info, SPngWriteJob* job) {
 
 }  // namespace
 
-void WritePng(const std::string& path, const SImage& image, CStatusControl* status) {
+void WritePng(const std::string& path, const SImage& image, const SWriteOptions& options, CStatusControl* status) {
     const EVPixelFormat format = image.pixels.GetPixelFormat();
     if (image.cmyk || FormatFor(ChannelsOf(format), BytesPerSampleOf(format) * 8) != format)
         throw CCliError(EExit::Unsupported, path + ": PNG cannot hold " + DescribeLayout(image));
-    COutputFile output(path);
+    COutputFile output(path, options.transaction);
     SPngWriteJob job;
     job.image = &image;
     job.file = output.Stream();

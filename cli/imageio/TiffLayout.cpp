@@ -1,6 +1,8 @@
 #include "cli/imageio/TiffLayout.h"
 
 #include "cli/Errors.h"
+#include "cli/imageio/DeclaredSize.h"
+#include "cli/imageio/EmbeddedProfile.h"
 #include "cli/imageio/PixelOrder.h"
 #include "cli/imageio/TiffMessages.h"
 
@@ -10,6 +12,29 @@ namespace {
 
 [[noreturn]] void Unsupported(const std::string& name, const std::string& what) {
     throw CCliError(EExit::Unsupported, name + ": " + what);
+}
+
+// The most one byte of the file can decode to under its compression. Stored
+// pixels must all be there; run-length codes reach 64; LZW, Deflate and JPEG
+// stay near a thousand. Others are given a generous bound, and the pixel
+// budget does the rest.
+double MostExpansion(TIFF* tif) {
+    uint16_t compression = COMPRESSION_NONE;
+    TIFFGetFieldDefaulted(tif, TIFFTAG_COMPRESSION, &compression);
+    switch (compression) {
+        case COMPRESSION_NONE: return 1;
+        case COMPRESSION_PACKBITS: return 64;
+        case COMPRESSION_LZW:
+        case COMPRESSION_DEFLATE:
+        case COMPRESSION_ADOBE_DEFLATE:
+        case COMPRESSION_JPEG: return 4096;
+        default: return 65536;
+    }
+}
+
+uint64_t FileBytes(TIFF* tif) {
+    TIFFSizeProc size = TIFFGetSizeProc(tif);
+    return size ? uint64_t(size(TIFFClientdata(tif))) : 0;
 }
 
 }  // namespace
@@ -34,13 +59,14 @@ STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOption
         layout.photometric = layout.samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK;
 
     if (layout.width == 0 || layout.height == 0) TiffCorrupt(name, "TIFF of zero size");
-    if (static_cast<long long>(layout.width) * layout.height > options.maxPixels)
-        Unsupported(name, "image of " + std::to_string(layout.width) + " x " + std::to_string(layout.height) +
-                              " pixels is larger than allowed");
     if (layout.width > 0x7FFFFFFF / 8 || layout.height > 0x7FFFFFFF) Unsupported(name, "image too large");
     if (sampleFormat != SAMPLEFORMAT_UINT) Unsupported(name, "floating-point or signed TIFF samples");
     if (layout.bits != 8 && layout.bits != 16)
         Unsupported(name, std::to_string(layout.bits) + "-bit TIFF samples (8 and 16 are supported)");
+    if (!options.headerOnly)
+        RequirePlausibleSize(name, layout.width, layout.height,
+                             uint64_t(layout.width) * layout.samples * (layout.bits / 8), FileBytes(tif),
+                             MostExpansion(tif), options.maxPixels);
 
     switch (layout.photometric) {
         case PHOTOMETRIC_MINISBLACK:
@@ -74,12 +100,12 @@ void ToImageRow(const STiffLayout& layout, uint8_t* row) {
     if (layout.colourChannels == 3) SwapRedBlue(row, layout.width, layout.samples, int(bytesPerSample));
 }
 
-std::vector<uint8_t> TiffIccProfile(TIFF* tif) {
+std::vector<uint8_t> TiffIccProfile(TIFF* tif, const std::string& name, const STiffLayout& layout) {
     uint32_t size = 0;
     void* profile = nullptr;
-    if (!TIFFGetField(tif, TIFFTAG_ICCPROFILE, &size, &profile) || !profile || size == 0) return {};
-    auto* bytes = static_cast<const uint8_t*>(profile);
-    return {bytes, bytes + size};
+    if (!TIFFGetField(tif, TIFFTAG_ICCPROFILE, &size, &profile)) return {};
+    if (!profile) size = 0;
+    return TakeEmbeddedProfile(name, static_cast<const uint8_t*>(profile), size, layout.Format(), layout.cmyk);
 }
 
 }  // namespace teskcolor

@@ -32,8 +32,9 @@ struct STiffLayout {
 STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOptions& options);
 // A row as the file stores it, in place: min-is-white inverted, R,G,B to B,G,R.
 void ToImageRow(const STiffLayout& layout, uint8_t* row);
-// The embedded ICC profile; empty when there is none.
-std::vector<uint8_t> TiffIccProfile(TIFF* tif);
+// The embedded ICC profile, taken as TakeEmbeddedProfile does; empty when
+// there is none.
+std::vector<uint8_t> TiffIccProfile(TIFF* tif, const std::string& name, const STiffLayout& layout);
 
 [[noreturn]] void TiffCorrupt(const std::string& name, const std::string& what);
 

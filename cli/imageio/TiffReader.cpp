@@ -136,6 +136,7 @@ SImage ReadTiff(TIFF* tif, const std::string& name, const SReadOptions& options,
     const STiffLayout layout = ReadTiffLayout(tif, name, options);
     SImage image;
     image.cmyk = layout.cmyk;
+    image.iccProfile = TiffIccProfile(tif, name, layout);
     if (!image.pixels.Create(int(layout.width), int(layout.height), layout.Format()))
         throw CCliError(EExit::Failed, name + ": not enough memory for a " + std::to_string(layout.width) + " x " +
                                            std::to_string(layout.height) + " image");
@@ -148,7 +149,6 @@ SImage ReadTiff(TIFF* tif, const std::string& name, const SReadOptions& options,
             ReadPlanes(tif, layout, image.pixels, name, status);
         for (uint32_t y = 0; y < layout.height; ++y) ToImageRow(layout, image.pixels.GetRow(int(y)));
     }
-    image.iccProfile = TiffIccProfile(tif);
     return image;
 }
 
@@ -169,10 +169,18 @@ std::unique_ptr<IImageRowSource> OpenTiffRowSource(const std::string& path, cons
     TiffPtr tif(TIFFOpen(path.c_str(), "rm"));
     if (!tif) TiffCorrupt(path, "not a readable TIFF file");
     const STiffLayout layout = ReadTiffLayout(tif.get(), path, options);
-    header = {int(layout.width), int(layout.height), layout.Format(), layout.cmyk, TiffIccProfile(tif.get())};
+    header = {int(layout.width), int(layout.height), layout.Format(), layout.cmyk, TiffIccProfile(tif.get(), path, layout)};
     if (TIFFIsTiled(tif.get()) || layout.SeparatePlanes()) return nullptr;
     TIFF* handle = tif.get();
     return std::make_unique<CTiffStripRows>(handle, layout, path, std::move(tif));
+}
+
+SImageHeader ReadTiffHeader(const std::string& path, const SReadOptions& options) {
+    SReadOptions headerOptions = options;
+    headerOptions.headerOnly = true;
+    SImageHeader header;
+    OpenTiffRowSource(path, headerOptions, header);
+    return header;
 }
 
 SImage ReadTiffMemory(const uint8_t* data, size_t size, const SReadOptions& options) {

@@ -51,10 +51,22 @@ void SetFields(TIFF* tif, const SImageHeader& image) {
         TIFFSetField(tif, TIFFTAG_ICCPROFILE, uint32_t(image.iccProfile.size()), image.iccProfile.data());
 }
 
+}  // namespace
+
+bool NeedsBigTiff(const SImageHeader& header) {
+    // Classic TIFF offsets are 32 bits; the margin covers tags, strip tables and the profile.
+    constexpr uint64_t kClassicLimit = (uint64_t{1} << 32) - (uint64_t{64} << 20);
+    const uint64_t pixels = uint64_t(CVPixelFormat::GetRowBytes(header.format, header.width)) * uint64_t(header.height);
+    return pixels + header.iccProfile.size() > kClassicLimit;
+}
+
+namespace {
+
 // Rows go to libtiff as they come, through a descriptor of the output's own.
 class CTiffBandWriter final : public IImageBandWriter {
 public:
-    CTiffBandWriter(const std::string& path, const SImageHeader& header) : m_output(path), m_header(header) {
+    CTiffBandWriter(const std::string& path, const SImageHeader& header, const SWriteOptions& options)
+        : m_output(path, options.transaction), m_header(header) {
         InstallTiffHandlers();
         TakeTiffError();
         const EVPixelFormat format = header.format;
@@ -63,7 +75,7 @@ public:
             throw CCliError(EExit::Unsupported, path + ": TIFF cannot hold " + DescribeLayout(format, header.cmyk));
         const int fd = dup(fileno(m_output.Stream()));
         if (fd < 0) WriteFailure(path, "cannot open the output");
-        m_tif = TIFFFdOpen(fd, path.c_str(), "w");
+        m_tif = TIFFFdOpen(fd, path.c_str(), NeedsBigTiff(header) ? "w8" : "w");
         if (!m_tif) {
             close(fd);
             WriteFailure(path, "cannot start a TIFF file");
@@ -108,14 +120,15 @@ private:
 
 }  // namespace
 
-std::unique_ptr<IImageBandWriter> OpenTiffBandWriter(const std::string& path, const SImageHeader& header) {
-    return std::make_unique<CTiffBandWriter>(path, header);
+std::unique_ptr<IImageBandWriter> OpenTiffBandWriter(const std::string& path, const SImageHeader& header,
+                                                   const SWriteOptions& options) {
+    return std::make_unique<CTiffBandWriter>(path, header, options);
 }
 
-void WriteTiff(const std::string& path, const SImage& image, CStatusControl* status) {
+void WriteTiff(const std::string& path, const SImage& image, const SWriteOptions& options, CStatusControl* status) {
     const SImageHeader header{image.pixels.GetWidth(), image.pixels.GetHeight(), image.pixels.GetPixelFormat(),
                               image.cmyk, image.iccProfile};
-    CTiffBandWriter writer(path, header);
+    CTiffBandWriter writer(path, header, options);
     writer.Append(image.pixels, status);
     writer.Commit();
 }

@@ -119,14 +119,14 @@ TEST(JpegIccMarkers, JoinsChunksInAnyOrderAndRejectsBrokenSets) {
     EXPECT_EQ(JoinIccMarkers(shuffled), profile);
 
     std::vector<SMarkerBytes> missing = {shuffled[0], shuffled[2]};
-    EXPECT_TRUE(JoinIccMarkers(missing).empty());
+    EXPECT_TRUE(JoinIccMarkers(missing) == std::vector<uint8_t>{});
     std::vector<SMarkerBytes> repeated = {shuffled[0], shuffled[2], shuffled[3], shuffled[3]};
-    EXPECT_TRUE(JoinIccMarkers(repeated).empty());
+    EXPECT_TRUE(JoinIccMarkers(repeated) == std::vector<uint8_t>{});
     std::vector<uint8_t> badSequence = markers[0];
     badSequence[12] = 4;  // chunk 4 of 3
-    EXPECT_TRUE(JoinIccMarkers({{badSequence.data(), badSequence.size()}}).empty());
+    EXPECT_TRUE(JoinIccMarkers({{badSequence.data(), badSequence.size()}}) == std::vector<uint8_t>{});
     const uint8_t headerOnly[] = {'I', 'C', 'C', '_', 'P', 'R', 'O', 'F', 'I', 'L', 'E', 0, 1};
-    EXPECT_TRUE(JoinIccMarkers({{headerOnly, sizeof headerOnly}}).empty());
+    EXPECT_TRUE(JoinIccMarkers({{headerOnly, sizeof headerOnly}}) == std::vector<uint8_t>{});
     EXPECT_TRUE(SplitIccProfile({}).empty());
     EXPECT_TRUE(SplitIccProfile(std::vector<uint8_t>(kIccMarkerPayload * 255 + 1)).empty());
 }

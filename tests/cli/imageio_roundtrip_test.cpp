@@ -60,6 +60,14 @@ TEST_P(JpegRoundTrip, PixelsCloseAndProfileExact) {
     // Larger than one APP2 marker holds, so it is split and joined again.
     image.iccProfile.resize(150000);
     for (size_t i = 0; i < image.iccProfile.size(); ++i) image.iccProfile[i] = uint8_t(i * 7 + i / 251);
+    // The header fields a reader checks against the file and its pixels.
+    const uint32_t size = uint32_t(image.iccProfile.size());
+    const char* space = GetParam() == VPF_GREY_8 ? "GRAY" : "RGB ";
+    for (int i = 0; i < 4; ++i) {
+        image.iccProfile[size_t(i)] = uint8_t(size >> (24 - 8 * i));
+        image.iccProfile[size_t(16 + i)] = uint8_t(space[i]);
+        image.iccProfile[size_t(36 + i)] = uint8_t("acsp"[i]);
+    }
     const std::string path = env_.Root() + "/photo.jpg";
 
     WriteImage(path, image);
