@@ -71,24 +71,6 @@ TEST_F(BindingTest, AllLibrariesAndExportsBindAndAreFreedInOrder) {
     EXPECT_EQ(ColourLibraryEvents(), (std::vector<std::string>{"free ICMUI.DLL", "free MSCMS.DLL", "free GDI32.DLL"}));
 }
 
-TEST_F(BindingTest, MissingIcmuiLoadsNothingElseAndFreesNothing) {
-    tesk::loader::Substitute missing;
-    missing.missing = true;
-    tesk::loader::SetSubstitute(L"ICMUI.DLL", missing);
-
-    CColorManager* manager = new CColorManager();
-    EXPECT_EQ(ColourLibraryEvents(), (std::vector<std::string>{"load ICMUI.DLL failed"}));
-    EXPECT_EQ(Access::Module(*manager, 1), nullptr);
-    EXPECT_EQ(Access::Module(*manager, 2), nullptr);
-    manager->InitAppService(nullptr, nullptr);
-    EXPECT_FALSE(manager->IsLoaded());
-    EXPECT_TRUE(Bound(*manager).empty());
-
-    ColourLibraryEvents().clear();
-    CColorManager::Delete(manager);
-    EXPECT_TRUE(ColourLibraryEvents().empty());
-}
-
 // Binding stops at the first missing export: what was bound before it stays.
 TEST_F(BindingTest, AMissingExportUnloadsAndKeepsWhatWasBoundBeforeIt) {
     std::vector<std::string> allButEnum = kDeclared;
@@ -123,29 +105,6 @@ TEST_F(BindingTest, AMissingExportUnloadsAndKeepsWhatWasBoundBeforeIt) {
         CColorManager::Delete(manager);
         tesk::loader::ClearSubstitutes();
     }
-}
-
-TEST_F(BindingTest, InstanceRegistersStartsAndLendsItsColorSpec) {
-    CColorManager* manager = CColorManager::Instance();
-    ASSERT_NE(manager, nullptr);
-    EXPECT_TRUE(manager->IsLoaded());
-    EXPECT_EQ(CColorManager::Instance(), manager);
-    EXPECT_EQ(CSingletonManager::Instance().GetInstanceVoid(CColorManager::m_kCMGUID), manager);
-    EXPECT_EQ(VGDI_TeskGDI_GetColorSpec(), &Access::ColorSpec(*manager));
-
-    CSingletonManager::Instance().DestroyAll();
-    EXPECT_EQ(VGDI_TeskGDI_GetColorSpec(), nullptr);
-}
-
-TEST_F(BindingTest, CreateInstanceNeitherRegistersNorStarts) {
-    CColorManager* manager = nullptr;
-    CColorManager::CreateInstance(&manager);
-    ASSERT_NE(manager, nullptr);
-    EXPECT_TRUE(Bound(*manager).empty());
-    EXPECT_EQ(CSingletonManager::Instance().GetInstanceVoid(CColorManager::m_kCMGUID), nullptr);
-    CColorManager::AddInstance(manager);
-    EXPECT_EQ(CColorManager::Instance(), manager);
-    EXPECT_TRUE(Bound(*manager).empty()) << "a registered instance is handed out as it is";
 }
 
 // Disabling is process-wide and permanent: this test must stay last in its

@@ -1,5 +1,5 @@
 // The colour-matching dialog: what the record carries in, and how the user's
-// choices (or a cancel) come back. A substitute stands in for the dialog.
+// choices come back. A substitute stands in for the dialog.
 #include <tesk/loader.h>
 #include <tesk/path.h>
 
@@ -12,10 +12,7 @@ using Access = CColorManagerTestAccess;
 
 namespace {
 
-enum class UserAction { Cancel, Accept, Fail };
-
 struct DialogScript {
-    UserAction action = UserAction::Accept;
     DWORD clearFlags = 0;
     std::wstring monitor, printer, target;
     // What the dialog was shown.
@@ -38,14 +35,6 @@ BOOL WINAPI FakeDialog(PCOLORMATCHSETUPW setup) {
     script.seenTarget = setup->pTargetProfile;
     script.seenSource = setup->pSourceName ? setup->pSourceName : L"<null>";
     script.seenDisplay = setup->pDisplayName ? setup->pDisplayName : L"<null>";
-    if (script.action == UserAction::Cancel) {
-        ::SetLastError(0);
-        return FALSE;
-    }
-    if (script.action == UserAction::Fail) {
-        ::SetLastError(ERROR_NOT_SUPPORTED);
-        return FALSE;
-    }
     setup->dwFlags &= ~script.clearFlags;
     setup->dwRenderIntent = 2;
     setup->dwProofingIntent = 1;
@@ -68,26 +57,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(DialogTest, CancelLeavesEveryArgumentUntouched) {
-    CColorManager& manager = *CColorManager::Instance();
-    Script().action = UserAction::Cancel;
-    bool enable = true, proofing = false;
-    auto monitor = vell::TSharedArray<wchar_t>::FromText(L"m.icc");
-    vell::TSharedArray<wchar_t> printer, target;
-    uint32_t intent = 0, proofIntent = 3;
-    EXPECT_TRUE(manager.ColorMatchUI(Window(), enable, proofing, monitor, printer, target, intent, proofIntent));
-    EXPECT_EQ(Script().calls, 1);
-    EXPECT_TRUE(enable);
-    EXPECT_FALSE(proofing);
-    EXPECT_EQ(std::wstring(monitor.Get()), L"m.icc");
-    EXPECT_TRUE(printer.IsNull());
-    EXPECT_EQ(intent, 0u);
-    EXPECT_EQ(proofIntent, 3u);
-
-    EXPECT_FALSE(manager.ColorMatchUI(nullptr, enable, proofing, monitor, printer, target, intent, proofIntent));
-    EXPECT_EQ(Script().calls, 1) << "no window, no dialog";
-}
 
 TEST_F(DialogTest, TheRecordCarriesTheSettingsAndTheChoicesComeBack) {
     WriteRgbProfile(ColorDir() + "/Chosen.icc", 2.2);
@@ -129,20 +98,4 @@ TEST_F(DialogTest, TheRecordCarriesTheSettingsAndTheChoicesComeBack) {
     HDC dc = GdiCreateDC(L"DISPLAY", nullptr);
     EXPECT_EQ(GdiICMProfile(dc), tesk::path::ToWindows(ColorDir()) + L"\\Chosen.icc");
     GdiDeleteDC(dc);
-}
-
-TEST_F(DialogTest, AFailedDialogWritesItsValuesBackAndReportsFalse) {
-    CColorManager& manager = *CColorManager::Instance();
-    Script().action = UserAction::Fail;
-    bool enable = false, proofing = true;
-    vell::TSharedArray<wchar_t> monitor, printer, target;
-    uint32_t intent = 1, proofIntent = 2;
-    EXPECT_FALSE(manager.ColorMatchUI(Window(), enable, proofing, monitor, printer, target, intent, proofIntent));
-    EXPECT_FALSE(enable);
-    EXPECT_TRUE(proofing);
-    EXPECT_EQ(intent, 1u);
-    EXPECT_EQ(proofIntent, 2u);
-    // The record carried the manager's monitor profile, which comes back as the choice.
-    ASSERT_FALSE(monitor.IsNull());
-    EXPECT_EQ(std::wstring(monitor.Get()), Access::MonitorProfile(manager));
 }

@@ -34,17 +34,6 @@ protected:
 
 }  // namespace
 
-TEST_F(PrinterTest, AContextsProfileIsItsFileNameAlone) {
-    CColorManager& manager = *CColorManager::Instance();
-    HDC dc = GdiCreateDC(nullptr, L"Office");
-    ASSERT_NE(dc, nullptr);
-    EXPECT_EQ(Access::DefaultICMProfile(manager, dc), L"Office Press.icc");
-    std::wstring elsewhere = tesk::path::ToWindows(driverFolder_ + "/Office Press.icc");
-    ASSERT_TRUE(GdiSetICMProfile(dc, elsewhere));
-    EXPECT_EQ(Access::DefaultICMProfile(manager, dc), L"Office Press.icc");
-    GdiDeleteDC(dc);
-}
-
 TEST_F(PrinterTest, ChoosingAPrinterTakesItsProfileAndTheDefaultIsTheDeviceValue) {
     CColorManager& manager = *CColorManager::Instance();
     manager.SetDefaultPrinterW(L"Office");
@@ -81,48 +70,4 @@ TEST_F(PrinterTest, StartUpAndPrinterChangesReadThePrinterFromTheStore) {
     EXPECT_EQ(Access::PrinterName(manager), L"Plain");
     // The plain printer has no profile of its own.
     EXPECT_NE(Access::ProofProfile(manager), L"Office Press.icc");
-}
-
-TEST_F(PrinterTest, SetupAndCleanupActOnlyInProfileMode) {
-    InstallDriverProfile();
-    CColorManager& manager = *CColorManager::Instance();
-    manager.SetDefaultPrinterW(L"Office");
-    HDC dc = GdiCreateDC(nullptr, L"Plain");
-    ASSERT_NE(dc, nullptr);
-    const std::wstring before = GdiICMProfile(dc);
-
-    manager.SetMode(VCM_MODE_TABLES);
-    EXPECT_FALSE(manager.SetupDC(dc));
-    EXPECT_EQ(GdiICMProfile(dc), before);
-    GdiICMMode(dc, ICM_ON);
-    manager.CleanupDC(dc);
-    EXPECT_EQ(GdiICMMode(dc, ICM_QUERY), ICM_ON) << "cleanup leaves other modes' contexts alone";
-
-    manager.SetMode(VCM_MODE_PROFILES);
-    GdiICMMode(dc, ICM_OFF);
-    ASSERT_TRUE(manager.SetupDC(dc));
-    EXPECT_EQ(GdiICMMode(dc, ICM_QUERY), ICM_ON);
-    std::wstring profile = GdiICMProfile(dc);
-    EXPECT_EQ(profile, tesk::path::ToWindows(ColorDir()) + L"\\Office Press.icc");
-    manager.CleanupDC(dc);
-    EXPECT_EQ(GdiICMMode(dc, ICM_QUERY), ICM_OFF);
-    GdiDeleteDC(dc);
-}
-
-TEST_F(PrinterTest, RegistryStringsOfAtMostOneByteAreEmpty) {
-    CColorManager& manager = *CColorManager::Instance();
-    HKEY key = nullptr;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\TeskTest", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                                &key, nullptr),
-              ERROR_SUCCESS);
-    const BYTE one[1] = {'x'};
-    ::RegSetValueExW(key, L"Empty", 0, REG_SZ, one, 0);
-    ::RegSetValueExW(key, L"One", 0, REG_SZ, one, 1);
-    const wchar_t text[] = L"Printer";
-    ::RegSetValueExW(key, L"Text", 0, REG_SZ, reinterpret_cast<const BYTE*>(text), sizeof(text));
-    ::RegCloseKey(key);
-    EXPECT_EQ(Access::RegistryString(manager, HKEY_CURRENT_USER, L"Software\\TeskTest", L"Empty"), L"<null>");
-    EXPECT_EQ(Access::RegistryString(manager, HKEY_CURRENT_USER, L"Software\\TeskTest", L"One"), L"<null>");
-    EXPECT_EQ(Access::RegistryString(manager, HKEY_CURRENT_USER, L"Software\\TeskTest", L"Text"), L"Printer");
-    EXPECT_EQ(Access::RegistryString(manager, HKEY_CURRENT_USER, L"Software\\Missing", L"Text"), L"<null>");
 }

@@ -1,10 +1,6 @@
 // The display transform: which profiles and intents reach the platform, the
 // open procedure with its single retry, fallbacks, the RGB colour record
 // and the raw profile bytes.
-#include <tesk/path.h>
-
-#include <filesystem>
-
 #include "host/SingletonManager.h"
 #include "support/manager_harness.h"
 
@@ -96,64 +92,10 @@ TEST_F(TransformTest, AMissingProfileIsTriedExactlyTwiceAndLeavesNoTransform) {
     EXPECT_EQ(Access::MonitorProfile(manager), L"Missing.icc");
 }
 
-TEST_F(TransformTest, AProfileRefusedByTheValidityCallIsClosedAndRetried) {
-    CColorManager& manager = StartRecorded({L"Monitor.icc"});
-    CString monitor(L"Monitor.icc");
-    manager.SetMonitorProfile(monitor);
-    EXPECT_EQ(OpensOf(L"Monitor.icc"), 2u);
-    size_t closes = 0;
-    for (const RecordedCall& call : CallsNamed("CloseColorProfile")) closes += call.texts[0] == L"Monitor.icc";
-    EXPECT_EQ(closes, 2u);
-    EXPECT_EQ(Access::ImageTransform(manager), nullptr);
-}
-
-TEST_F(TransformTest, ProofWithoutAProofNameBuildsNothing) {
-    CColorManager& manager = StartRecorded();
-    wchar_t monitor[] = L"Monitor.icc", none[] = L"";
-    manager.UpdateSettings(true, true, monitor, none, none, 0, 3);
-    EXPECT_EQ(Access::ImageTransform(manager), nullptr);
-    EXPECT_TRUE(CallsNamed("CreateMultiProfileTransform").empty());
-    // The monitor profile opened first is closed again.
-    EXPECT_EQ(CallsNamed("CloseColorProfile").size(), 1u);
-}
-
-TEST_F(TransformTest, AnAbsentMonitorNameBecomesTheDefaultEvenWhenItCannotOpen) {
-    CColorManager& manager = StartRecorded({kSRGB});
-    Access::ClearMonitorProfile(manager);
-    EXPECT_FALSE(Access::UpdateTransform(manager));
-    EXPECT_EQ(Access::MonitorProfile(manager), kSRGB);
-    EXPECT_EQ(OpensOf(kSRGB), 2u);
-
-    // A stored empty name is used as it is: the directory alone, which fails.
-    CString empty;
-    manager.SetMonitorProfile(empty);
-    EXPECT_EQ(Access::MonitorProfile(manager), L"");
-    EXPECT_EQ(Access::ImageTransform(manager), nullptr);
-}
-
-TEST_F(TransformTest, AMissingWorkingSpaceFallsBackToTheFirstListedOne) {
-    CColorManager& manager = StartRecorded();
-    CString gone(L"Gone.icc");
-    manager.SetColorWorkingSpace(gone);
-    EXPECT_TRUE(manager.UpdateWithColorWS());
-    std::vector<RecordedCall> created = CallsNamed("CreateMultiProfileTransform");
-    ASSERT_EQ(created.size(), 1u);
-    const std::wstring& working = created[0].texts[0];
-    EXPECT_TRUE(working == kSRGB || working == L"Gamma22.icc" || working == L"Monitor.icc") << working;
-    EXPECT_EQ(OpensOf(L"Gone.icc"), 2u);
-}
-
 TEST_F(TransformTest, ColorSpecFollowsTheWorkingSpace) {
     StoreInt(169, 170, 0);
     CColorManager& manager = *CColorManager::Instance();
-    // Mode 0: the start-up values stand, including their doubled 0.09709693.
     const SColorSpecRGB& colorSpec = Access::ColorSpec(manager);
-    EXPECT_EQ(colorSpec.m_bsRGB, 0);
-    EXPECT_DOUBLE_EQ(colorSpec.m_dGamma, 1.0 / 2.2);
-    EXPECT_EQ(colorSpec.m_dMatrix[1][2], 0.09709693);
-    EXPECT_EQ(colorSpec.m_dMatrix[2][0], 0.09709693);
-    EXPECT_EQ(colorSpec.m_dInverse[2][0], 3.1340605);
-
     // The platform's sRGB is recognised by its curves.
     EXPECT_TRUE(manager.UpdateWithColorWS());
     EXPECT_EQ(colorSpec.m_bsRGB, 1);
@@ -181,30 +123,6 @@ TEST_F(TransformTest, ColorSpecFollowsTheWorkingSpace) {
     EXPECT_EQ(colorSpec.m_dInverse[0][2], 0.0719434);
 }
 
-TEST_F(TransformTest, OpenByNameOrByPathAndTwoProfileTransforms) {
-    CColorManager& manager = StartRecorded();
-    std::string outside = env_.Root() + "/elsewhere";
-    std::filesystem::create_directories(outside);
-    WriteRgbProfile(outside + "/Outside.icc", 1.8);
-    std::wstring path = tesk::path::ToWindows(outside + "/Outside.icc");
-    HPROFILE byPath = manager.OpenColorProfileFromFile(path.data());
-    ASSERT_NE(byPath, nullptr);
-    EXPECT_EQ(CallsNamed("OpenColorProfileW").back().texts[0], path) << "a path is used as it stands";
-
-    wchar_t bare[] = L"Gamma22.icc";
-    HPROFILE byName = manager.OpenColorProfileFromFile(bare);
-    ASSERT_NE(byName, nullptr);
-    EXPECT_EQ(FileOfHandle(byName), L"Gamma22.icc");
-
-    CICCReadColorProfile reader;
-    HPROFILE firstListed = manager.GetRGBProfile(reader);
-    EXPECT_NE(firstListed, nullptr);
-    HPROFILE cmyk = manager.GetCMYKProfile(reader);
-    EXPECT_EQ(FileOfHandle(cmyk), L"Press.icc");
-
-    for (HPROFILE profile : {byPath, byName, firstListed, cmyk}) reader.CloseProfile(profile);
-}
-
 TEST_F(TransformTest, RawProfileBytesAndTheirNames) {
     CColorManager& manager = *CColorManager::Instance();
     BYTE* data = nullptr;
@@ -216,26 +134,4 @@ TEST_F(TransformTest, RawProfileBytesAndTheirNames) {
     EXPECT_TRUE(std::equal(file.begin(), file.end(), data));
     EXPECT_EQ(name, L"sRGB Color Space Profile");
     ::GlobalFree(::GlobalHandle(data));
-
-    InstallPressProfile("ISO Coated (FOGRA39).icc", "PressNoDot");
-    CString cmyk(L"PressNoDot");
-    manager.SetCMYKProfile(cmyk);
-    name = L"before";
-    ASSERT_TRUE(manager.GetRawCMYKProfile(&data, size, name));
-    EXPECT_EQ(name, L"") << "a name without a dot gives an empty name";
-    EXPECT_EQ(static_cast<size_t>(size), tesk::test::ReadBytes(ColorDir() + "/PressNoDot").size());
-    ::GlobalFree(::GlobalHandle(data));
-}
-
-TEST_F(TransformTest, ExifColorSpaceOfTheWorkingSpace) {
-    CColorManager& manager = *CColorManager::Instance();
-    EXPECT_EQ(manager.GetExifColorSpace(), 1);
-    CString gamma22(L"Gamma22.icc");
-    manager.SetColorWorkingSpace(gamma22);
-    EXPECT_EQ(manager.GetExifColorSpace(), 0xFFFF);
-    CString gone(L"Gone.icc");
-    manager.SetColorWorkingSpace(gone);
-    EXPECT_EQ(manager.GetExifColorSpace(), 0);
-    Access::ClearWorkingSpace(manager);
-    EXPECT_EQ(manager.GetExifColorSpace(), 0);
 }

@@ -9,7 +9,6 @@
 #include "colormgr/ColorManager.h"
 #include "host/SingletonManager.h"
 #include "host/imaging/RowIteratorBands.h"
-#include "support/conversion_delta_e.h"
 #include "support/manager_harness.h"
 
 namespace conversion_test {

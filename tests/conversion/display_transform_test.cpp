@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "conversion_test_support.h"
-#include "host/VException.h"
 
 using namespace conversion_test;
 using Access = CColorManagerTestAccess;
@@ -20,16 +19,6 @@ std::vector<BYTE> Bytes(CRowIterator& image) {
 }
 
 }  // namespace
-
-TEST_F(DisplayTransformTest, OffAndTablesWithoutTheFlagTouchNothing) {
-    CRowIterator source = RandomRGB(5, 5, 7);
-    std::vector<BYTE> before = Bytes(source);
-    Manager().SetMode(VCM_MODE_OFF);
-    EXPECT_FALSE(Manager().TransformIterator(source, nullptr, true));
-    Manager().SetMode(VCM_MODE_TABLES);
-    EXPECT_FALSE(Manager().TransformIterator(source, nullptr, false));
-    EXPECT_EQ(Bytes(source), before);
-}
 
 TEST_F(DisplayTransformTest, SixteenBitAlphaSurvivesInPlace) {
     colormgr_test::WriteRgbProfile(ColorDir() + "/Monitor.icc", 1.8);
@@ -57,18 +46,6 @@ TEST_F(DisplayTransformTest, SixteenBitAlphaSurvivesInPlace) {
     EXPECT_TRUE(changed) << "a gamma 2.2 to 1.8 transform must move mid tones";
 }
 
-TEST_F(DisplayTransformTest, PaletteSizesOutsideOneTo256Fail) {
-    CRowIterator indexed;
-    CRowIteratorBands::Create(indexed, 4, 4, VPF_INDEXED_8);
-    indexed.SetPalette(nullptr, 0);
-    EXPECT_FALSE(Manager().TransformIterator(indexed, nullptr, false));
-    CVPalette grey;
-    grey.CreateGreyscale(256);
-    indexed.SetPalette(grey);
-    EXPECT_TRUE(Manager().TransformIterator(indexed, nullptr, false));
-    EXPECT_EQ(indexed.GetPaletteCount(), 256);
-}
-
 TEST_F(DisplayTransformTest, ProcessedColoursKeepTheirFourthByteWithoutATransformAllIsCopied) {
     RGBQUAD in[2] = {{0, 0, 255, 9}, {128, 128, 128, 9}}, out[2] = {{0, 0, 0, 77}, {0, 0, 0, 77}};
     ASSERT_NE(Access::ImageTransform(Manager()), nullptr);
@@ -83,31 +60,6 @@ TEST_F(DisplayTransformTest, ProcessedColoursKeepTheirFourthByteWithoutATransfor
     ASSERT_EQ(Access::ImageTransform(Manager()), nullptr);
     EXPECT_FALSE(Manager().ProcessColors(in, out, 2));
     EXPECT_EQ(std::memcmp(in, out, sizeof in), 0);
-}
-
-TEST_F(DisplayTransformTest, SingleColourNeedsTheHostProfile) {
-    DWORD colour = 0x00123456;
-    try {
-        Manager().TransformColor(colour);
-        FAIL() << "no host profile: must throw";
-    } catch (const CVException& error) {
-        EXPECT_EQ(error.GetCode(), 102);
-    }
-    std::vector<uint8_t> srgb = tesk::test::ReadBytes(SrgbPath());
-    int size = static_cast<int>(srgb.size());
-    Manager().SetQFXColorProfile(srgb.data(), size);
-    DWORD white = 0x00FFFFFF;
-    Manager().TransformColor(white);
-    EXPECT_EQ(white, 0x00FFFFFFu);
-    Manager().TransformColor(colour);
-    for (int shift : {0, 8, 16}) EXPECT_NEAR(int((colour >> shift) & 0xFF), int((0x00123456 >> shift) & 0xFF), 1);
-    EXPECT_EQ(colour >> 24, 0u);
-}
-
-TEST_F(DisplayTransformTest, GreyscaleIndexUsesTheLowBytes) {
-    EXPECT_EQ(Manager().FindGreyscaleIndex(0x00808080), 128);
-    EXPECT_EQ(Manager().FindGreyscaleIndex(0x00000000), 0);
-    EXPECT_EQ(Manager().FindGreyscaleIndex(0x00FFFFFF), 255);
 }
 
 TEST_F(DisplayTransformTest, EmbeddedProfileBringsTilesIntoTheWorkingSpace) {

@@ -56,13 +56,6 @@ TEST_F(InkRowsTest, PlanarInksAreComplementedAndPackedRowsPassUntouched) {
     EXPECT_EQ(g_lastInput, (std::vector<BYTE>{255, 155, 55, 0, 245, 145, 45, 0}));
 }
 
-TEST_F(InkRowsTest, NullDestinationConvertsNothing) {
-    g_lastInput.clear();
-    BYTE c[1] = {0}, m[1] = {0}, y[1] = {0}, k[1] = {0};
-    EXPECT_EQ(Manager().ConvertCMYKtoRGB(c, m, y, k, nullptr, 1, 4, 3, 1), VELL_OK);
-    EXPECT_TRUE(g_lastInput.empty());
-}
-
 TEST(HighByteReduction, EqualsShiftingEveryValueAtEveryLength) {
     std::mt19937 random(11);
     for (size_t length : {0u, 1u, 31u, 32u, 33u, 64u, 100u, 1027u}) {

@@ -1,10 +1,5 @@
-// Formatting with Windows' reading of wide printf conversions, and the shared
-// array's reference count.
-#include <thread>
-#include <vector>
-
+// Formatting with Windows' reading of wide printf conversions, and bounds.
 #include "host/CString.h"
-#include "host/SharedArray.h"
 #include "support/temp_env.h"
 
 TEST(CStringFormat, WideConversionsReadAsOnWindows) {
@@ -34,26 +29,4 @@ TEST(CStringOps, BoundsAreClampedNotOverrun) {
     wcscpy(buffer, L"short");
     text.ReleaseBuffer();
     EXPECT_EQ(text.GetLength(), 5);
-}
-
-TEST(SharedArray, LastOwnerFreesAcrossThreads) {
-    auto text = vell::TSharedArray<wchar_t>::FromText(L"sRGB");
-    EXPECT_EQ(text.GetSize(), 5u);
-    EXPECT_EQ(text.UseCount(), 1);
-    {
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 4; ++t)
-            threads.emplace_back([text] {
-                for (int i = 0; i < 10000; ++i) {
-                    vell::TSharedArray<wchar_t> copy = text;
-                    (void)copy;
-                }
-            });
-        for (auto& thread : threads) thread.join();
-    }
-    EXPECT_EQ(text.UseCount(), 1);
-    vell::TSharedArray<wchar_t> other = text;
-    text.Reset();
-    EXPECT_EQ(other.UseCount(), 1);
-    EXPECT_STREQ(other.Get(), L"sRGB");
 }

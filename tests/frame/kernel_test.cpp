@@ -1,70 +1,11 @@
-// Events, registry, memory blocks, text and paths of the kernel subset.
+// Registry, text and paths of the kernel subset.
 #include <tesk/path.h>
 #include <windows.h>
 
-#include <cstring>
 #include <fstream>
 #include <string>
 
-#include "support/frame_fails_with.h"
 #include "support/temp_env.h"
-
-using tesk::test::FailsWith;
-
-TEST(Events, NamedEventIsSharedAndAutoResetReleasesOneWait) {
-    HANDLE first = CreateEventW(nullptr, TRUE, FALSE, L"test-event");
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
-    HANDLE second = CreateEventW(nullptr, TRUE, FALSE, L"test-event");
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
-    EXPECT_EQ(WaitForSingleObject(second, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    SetEvent(first);
-    EXPECT_EQ(WaitForSingleObject(second, 0), static_cast<DWORD>(WAIT_OBJECT_0));
-    EXPECT_EQ(WaitForSingleObject(second, 0), static_cast<DWORD>(WAIT_OBJECT_0));  // manual reset stays set
-    CloseHandle(first);
-    HANDLE opened = OpenEventW(SYNCHRONIZE, FALSE, L"test-event");
-    EXPECT_NE(opened, nullptr);  // still open through `second`
-    CloseHandle(opened);
-    CloseHandle(second);
-    EXPECT_TRUE(FailsWith(OpenEventW(SYNCHRONIZE, FALSE, L"test-event"), ERROR_FILE_NOT_FOUND));
-    EXPECT_FALSE(CloseHandle(second));
-
-    HANDLE autoReset = CreateEventW(nullptr, FALSE, TRUE, nullptr);  // releases one wait
-    EXPECT_EQ(WaitForSingleObject(autoReset, 0), static_cast<DWORD>(WAIT_OBJECT_0));
-    EXPECT_EQ(WaitForSingleObject(autoReset, 10), static_cast<DWORD>(WAIT_TIMEOUT));
-    CloseHandle(autoReset);
-}
-
-TEST(Registry, ValuesPersistAndReportTheirSize) {
-    tesk::test::TempEnvironment env;
-    HKEY key = nullptr;
-    DWORD disposition = 0;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Test", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
-                              &disposition),
-              ERROR_SUCCESS);
-    EXPECT_EQ(disposition, static_cast<DWORD>(REG_CREATED_NEW_KEY));
-    const wchar_t text[] = L"Printer,winspool,Ne00:";
-    ASSERT_EQ(RegSetValueExW(key, L"Device", 0, REG_SZ, reinterpret_cast<const BYTE*>(text), sizeof text),
-              ERROR_SUCCESS);
-    RegCloseKey(key);
-
-    ASSERT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"software\\TEST", &key), ERROR_SUCCESS);  // names ignore case
-    DWORD type = 0, size = 0;
-    EXPECT_EQ(RegQueryValueExW(key, L"device", nullptr, &type, nullptr, &size), ERROR_SUCCESS);
-    EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
-    EXPECT_EQ(size, sizeof text);
-    wchar_t small[4];
-    DWORD smallSize = sizeof small;
-    EXPECT_EQ(RegQueryValueExW(key, L"Device", nullptr, nullptr, reinterpret_cast<BYTE*>(small), &smallSize),
-              ERROR_MORE_DATA);
-    EXPECT_EQ(smallSize, sizeof text);
-    EXPECT_EQ(RegQueryValueExW(key, L"Absent", nullptr, nullptr, nullptr, &size), ERROR_FILE_NOT_FOUND);
-    RegCloseKey(key);
-    EXPECT_EQ(RegOpenKeyW(HKEY_CURRENT_USER, L"Software\\Missing", &key), ERROR_FILE_NOT_FOUND);
-
-    wchar_t device[64];
-    EXPECT_EQ(GetProfileStringW(L"windows", L"device", L"", device, 64), 0u);  // another key: nothing stored
-}
 
 TEST(Registry, WinIniSectionsReadFromTheRegistryAndCutToTheBuffer) {
     tesk::test::TempEnvironment env;
@@ -82,19 +23,6 @@ TEST(Registry, WinIniSectionsReadFromTheRegistryAndCutToTheBuffer) {
     EXPECT_STREQ(buffer, L"Office");
     EXPECT_EQ(GetProfileStringW(L"windows", L"other", L"fallback", buffer, 64), 8u);
     EXPECT_STREQ(buffer, L"fallback");
-}
-
-TEST(GlobalMemory, BlocksKnowTheirHandleAndSize) {
-    HGLOBAL block = GlobalAlloc(GMEM_ZEROINIT, 26);
-    ASSERT_NE(block, nullptr);
-    auto* bytes = static_cast<BYTE*>(GlobalLock(block));
-    for (int i = 0; i < 26; ++i) EXPECT_EQ(bytes[i], 0);
-    EXPECT_EQ(GlobalHandle(bytes), block);
-    EXPECT_EQ(GlobalSize(block), 26u);
-    EXPECT_EQ(GlobalFree(block), nullptr);
-    int stack[16] = {};
-    EXPECT_EQ(GlobalHandle(&stack[8]), nullptr);  // not a block: refused
-    EXPECT_EQ(LocalFree(LocalAlloc(LPTR, 0)), nullptr);
 }
 
 TEST(Text, Utf8StandsForTheAnsiCodePage) {

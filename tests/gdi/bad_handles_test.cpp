@@ -43,26 +43,6 @@ TEST_F(BadHandleTest, DeletedNullAndForeignContexts) {
     ExpectInvalidHandle(reinterpret_cast<HDC>(&local));
 }
 
-TEST_F(BadHandleTest, BitmapsAndContextsAreNotInterchangeable) {
-    HDC memory = CreateCompatibleDC(nullptr);
-    HBITMAP bitmap = CreateCompatibleBitmap(memory, 2, 2);
-    ExpectInvalidHandle(reinterpret_cast<HDC>(bitmap));
-    EXPECT_EQ(SelectObject(memory, reinterpret_cast<HGDIOBJ>(memory)), nullptr);
-    EXPECT_FALSE(DeleteObject(reinterpret_cast<HGDIOBJ>(memory)));
-
-    // Bitmaps go into memory contexts only.
-    HDC display = CreateDCW(L"DISPLAY", nullptr, nullptr, nullptr);
-    EXPECT_EQ(SelectObject(display, bitmap), nullptr);
-    DeleteDC(display);
-
-    // A DC deleted with its bitmap selected frees the bitmap for deletion.
-    ASSERT_NE(SelectObject(memory, bitmap), nullptr);
-    EXPECT_FALSE(DeleteObject(bitmap));
-    ASSERT_TRUE(DeleteDC(memory));
-    EXPECT_TRUE(DeleteObject(bitmap));
-    EXPECT_TRUE(FailsWith(DeleteObject(bitmap), ERROR_INVALID_HANDLE));
-}
-
 TEST_F(BadHandleTest, OversizedAndNegativeRequests) {
     HDC memory = CreateCompatibleDC(nullptr);
     EXPECT_EQ(CreateCompatibleBitmap(memory, -1, 4), nullptr);

@@ -1,4 +1,4 @@
-// SetupColorMatchingW and how the modules are found by their Windows names.
+// SetupColorMatchingW without a display and with malformed records.
 #include <icm.h>
 #include <windows.h>
 
@@ -35,24 +35,6 @@ TEST_F(ColorMatchingDialogTest, MalformedRecordsAreRefused) {
     setup.dwSize = 100;
     EXPECT_TRUE(FailsWith(SetupColorMatchingW(&setup), ERROR_INVALID_PARAMETER));
     EXPECT_TRUE(FailsWith(SetupColorMatchingW(nullptr), ERROR_INVALID_PARAMETER));
-}
-
-TEST_F(ColorMatchingDialogTest, TheModulesAreFoundByTheirWindowsNames) {
-    struct Export {
-        const wchar_t* module;
-        const char* name;
-    };
-    for (Export e : {Export{L"Gdi32.DLL", "GetICMProfileW"}, {L"GDI32.DLL", "SetICMProfileW"},
-                     {L"GDI32.DLL", "EnumICMProfilesW"}, {L"GDI32.DLL", "GetDeviceGammaRamp"},
-                     {L"GDI32.DLL", "SetDeviceGammaRamp"}, {L"GDI32.DLL", "CreateDCW"},
-                     {L"GDI32.DLL", "DocumentPropertiesW"}, {L"GDI32.DLL", "TeskQueryDefaultPrinterDevice"},
-                     {L"User32.DLL", "EnumDisplayDevicesW"}, {L"User32.DLL", "GetMonitorInfoW"},
-                     {L"ICMUI.DLL", "SetupColorMatchingW"}}) {
-        HMODULE module = LoadLibraryW(e.module);
-        ASSERT_NE(module, nullptr) << e.name;
-        EXPECT_NE(GetProcAddress(module, e.name), nullptr) << e.name;
-        FreeLibrary(module);
-    }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <tesk/path.h>
 #include <windows.h>
 
-#include <cstdio>
 #include <cwchar>
 #include <set>
 #include <filesystem>
@@ -52,7 +51,7 @@ protected:
                               [this](unsigned long window) { screenshotColours_ = ScreenshotColours(window); });
     }
 
-    // Distinct colours in the dialog's window, saved as a PPM screenshot beside the tests.
+    // Distinct colours in the dialog's window.
     size_t ScreenshotColours(unsigned long window) {
         Display* x = XOpenDisplay(server_->Name().c_str());
         if (!x) return 0;
@@ -62,16 +61,8 @@ protected:
                                   ZPixmap);
         std::set<unsigned long> colours;
         if (image) {
-            FILE* ppm = std::fopen(TESK_BINARY_DIR "/colour_matching_dialog.ppm", "wb");
-            if (ppm) std::fprintf(ppm, "P6\n%d %d\n255\n", attributes.width, attributes.height);
             for (int y = 0; y < attributes.height; ++y)
-                for (int xx = 0; xx < attributes.width; ++xx) {
-                    unsigned long pixel = XGetPixel(image, xx, y);
-                    colours.insert(pixel);
-                    unsigned char rgb[3] = {uint8_t(pixel >> 16), uint8_t(pixel >> 8), uint8_t(pixel)};
-                    if (ppm) std::fwrite(rgb, 1, 3, ppm);
-                }
-            if (ppm) std::fclose(ppm);
+                for (int xx = 0; xx < attributes.width; ++xx) colours.insert(XGetPixel(image, xx, y));
             XDestroyImage(image);
         }
         XCloseDisplay(x);

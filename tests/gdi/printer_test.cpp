@@ -1,6 +1,5 @@
-// Printers named by the test: device contexts, device modes, documents.
+// Printers named by the test: documents to the spool folder or a file.
 #include <icm.h>
-#include <tesk/path.h>
 #include <windows.h>
 
 #include <filesystem>
@@ -18,80 +17,6 @@ size_t Count(const std::string& text, const std::string& what) {
     size_t n = 0;
     for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
     return n;
-}
-
-TEST_F(PrinterTest, NoPrintersUnlessSomeAreNamed) {
-    DWORD size = 0;
-    EXPECT_TRUE(FailsWith(GetDefaultPrinterW(nullptr, &size), ERROR_FILE_NOT_FOUND));
-    EXPECT_TRUE(FailsWith(CreateDCW(nullptr, L"Office", nullptr, nullptr), ERROR_INVALID_PRINTER_NAME));
-    EXPECT_EQ(DocumentPropertiesW(nullptr, nullptr, const_cast<LPWSTR>(L"Office"), nullptr, nullptr, 0), -1);
-}
-
-TEST_F(PrinterTest, TheFirstPrinterIsTheDefaultUntilAnotherIsChosen) {
-    UsePrinters("Office;Lab Proofer");
-    WCHAR name[64] = {};
-    DWORD size = 3;
-    EXPECT_FALSE(GetDefaultPrinterW(name, &size));
-    EXPECT_EQ(size, 7u);
-    ASSERT_TRUE(GetDefaultPrinterW(name, &size));
-    EXPECT_EQ(std::wstring(name), L"Office");
-    WCHAR device[128] = {};
-    ASSERT_TRUE(TeskQueryDefaultPrinterDevice(device, 128));
-    EXPECT_EQ(std::wstring(device).substr(0, 7), L"Office,");
-
-    ASSERT_TRUE(SetDefaultPrinterW(L"lab proofer"));
-    size = 64;
-    ASSERT_TRUE(GetDefaultPrinterW(name, &size));
-    EXPECT_EQ(std::wstring(name), L"Lab Proofer");
-    EXPECT_TRUE(FailsWith(SetDefaultPrinterW(L"Nowhere"), ERROR_INVALID_PRINTER_NAME));
-}
-
-TEST_F(PrinterTest, DeviceModesShapeThePrinterContext) {
-    UsePrinters("Office");
-    LPWSTR name = const_cast<LPWSTR>(L"Office");
-    LONG size = DocumentPropertiesW(nullptr, nullptr, name, nullptr, nullptr, 0);
-    ASSERT_EQ(size, LONG(sizeof(DEVMODEW)));
-    std::vector<uint8_t> buffer(size_t(size) * 2);
-    auto* mode = reinterpret_cast<DEVMODEW*>(buffer.data());
-    ASSERT_EQ(DocumentPropertiesW(nullptr, nullptr, name, mode, nullptr, DM_OUT_BUFFER), IDOK);
-    EXPECT_EQ(std::wstring(mode->dmDeviceName), L"Office");
-    EXPECT_EQ(mode->dmOrientation, DMORIENT_PORTRAIT);
-
-    HDC portrait = CreateDCW(nullptr, name, nullptr, mode);
-    ASSERT_NE(portrait, nullptr);
-    EXPECT_EQ(GetDeviceCaps(portrait, TECHNOLOGY), DT_RASPRINTER);
-    int dpi = GetDeviceCaps(portrait, LOGPIXELSY);
-    EXPECT_EQ(GetDeviceCaps(portrait, HORZRES), 210 * dpi * 10 / 254);  // A4
-    EXPECT_EQ(GetDeviceCaps(portrait, HORZSIZE), 210);
-    EXPECT_FALSE(GetDeviceGammaRamp(portrait, buffer.data()));
-
-    mode->dmFields = DM_ORIENTATION;
-    mode->dmOrientation = DMORIENT_LANDSCAPE;
-    HDC landscape = CreateDCW(nullptr, name, nullptr, mode);
-    EXPECT_EQ(GetDeviceCaps(landscape, HORZRES), GetDeviceCaps(portrait, VERTRES));
-    DeleteDC(landscape);
-    DeleteDC(portrait);
-}
-
-TEST_F(PrinterTest, APrinterContextsProfileComesFromAssociationsElseItsDriver) {
-    std::string driverProfile = env_.Root() + "/driver.icc";
-    WriteRgbProfile(driverProfile, 2.2);
-    UsePrinters("Office=" + driverProfile);
-    HDC dc = CreateDCW(nullptr, L"Office", nullptr, nullptr);
-    ASSERT_NE(dc, nullptr);
-    WCHAR name[MAX_PATH] = {};
-    DWORD size = MAX_PATH;
-    ASSERT_TRUE(GetICMProfileW(dc, &size, name));
-    EXPECT_EQ(std::wstring(name), path::ToWindows(driverProfile));
-
-    std::string installed = env_.Root() + "/office.icc";
-    WriteSrgbProfile(installed);
-    ASSERT_TRUE(InstallColorProfileW(nullptr, Wide(installed).c_str()));
-    ASSERT_TRUE(AssociateColorProfileWithDeviceW(nullptr, L"office.icc", L"Office"));
-    size = MAX_PATH;
-    ASSERT_TRUE(GetICMProfileW(dc, &size, name));
-    EXPECT_EQ(std::filesystem::path(path::ToNative(name)).filename(), "office.icc");
-    DeleteDC(dc);
 }
 
 TEST_F(PrinterTest, ADocumentReachesThePrinterAsAPdfWithOnePagePerPage) {

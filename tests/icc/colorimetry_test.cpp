@@ -2,7 +2,6 @@
 // space and the classification of profile files.
 #include <tesk/path.h>
 
-#include <cstring>
 #include <filesystem>
 
 #include "reader_support.h"
@@ -14,13 +13,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr double kPrimaries[3][3] = {{0.4361, 0.2225, 0.0139}, {0.3851, 0.7169, 0.0971}, {0.1431, 0.0606, 0.7141}};
-
-long ChromaticitySum(const CIEXYZ& xyz) { return long(xyz.ciexyzX) + xyz.ciexyzY + xyz.ciexyzZ; }
-
-std::unique_ptr<ReaderProbe> Without(uint32_t tag) {
-    ProfileBuilder builder = MatrixDisplay();
-    return LenientReaderOf(builder.Remove(tag).Build());
-}
 
 }  // namespace
 
@@ -47,19 +39,6 @@ TEST(Colorimetry, ColorantsPointsAndAdaptation) {
     EXPECT_EQ(matrix[2], 0.5);
     EXPECT_EQ(matrix[6], 0.125);
     EXPECT_FALSE(ReaderOf(MatrixDisplay().Build())->GetChromaticAdaptationTag(matrix));
-}
-
-TEST(Colorimetry, WhitePointsMustMatchToTheLastBit) {
-    ProfileBuilder a = MatrixDisplay(), b = MatrixDisplay();
-    Bytes white = XYZ(0.9642, 1.0, 0.8249);
-    PutBE32(white, 12, 0x00010001);
-    b.Set('wtpt', white);
-    auto first = ReaderOf(a.Build()), second = ReaderOf(b.Build()), again = ReaderOf(a.Build());
-    EXPECT_FALSE(first->IsMediaWhitePointSame(*second));
-    EXPECT_TRUE(first->IsMediaWhitePointSame(*again));
-    // Neither has a black point: both read as zero, so they agree.
-    EXPECT_TRUE(first->IsMediaBlackPointSame(*second));
-    EXPECT_FALSE(first->IsMediaBlackPointSame(*ReaderOf(b.Set('bkpt', XYZ(0, 0, 0.001)).Build())));
 }
 
 TEST(ColorSpec, GammaFromTheRedCurveAndInvertibleColorants) {
@@ -91,93 +70,6 @@ TEST(ColorSpec, GammaFromTheRedCurveAndInvertibleColorants) {
                 EXPECT_NEAR(product, r == c ? 1.0 : 0.0, 1e-9);
             }
     }
-}
-
-TEST(ColorSpec, MissingColorantsLeaveRowsOfZerosAndFail) {
-    SColorSpecRGB noBlue{};
-    EXPECT_FALSE(Without('bXYZ')->BuildColorSpecRGB(noBlue));
-    EXPECT_NEAR(noBlue.m_dMatrix[1][1], kPrimaries[1][1], 1e-4);
-    EXPECT_EQ((std::vector<double>(noBlue.m_dMatrix[2], noBlue.m_dMatrix[2] + 3)), std::vector<double>(3, 0.0));
-    // Without red, green and blue are not even asked for.
-    SColorSpecRGB noRed{};
-    EXPECT_FALSE(Without('rXYZ')->BuildColorSpecRGB(noRed));
-    EXPECT_EQ(noRed.m_dMatrix[1][1], 0.0);
-}
-
-TEST(LogColorSpace, CalibratedRgbFromColorantsAndGammas) {
-    auto reader = ReaderOf(MatrixDisplay(CurvGamma(0x01CD)).Build());
-    LOGCOLORSPACEW lcs;
-    std::memset(&lcs, 0xAB, sizeof(lcs));
-    ASSERT_TRUE(reader->CreateLogColorSpaceFromCurrentProfile(lcs));
-    EXPECT_EQ((std::vector<DWORD>{lcs.lcsSignature, lcs.lcsVersion, lcs.lcsSize}),
-              (std::vector<DWORD>{DWORD(LCS_SIGNATURE), 0x400, 588}));
-    EXPECT_EQ(lcs.lcsCSType, LCS_CALIBRATED_RGB);
-    EXPECT_EQ(lcs.lcsIntent, 0);
-    // 1.80078125 in 16.16.
-    EXPECT_EQ((std::vector<DWORD>{lcs.lcsGammaRed, lcs.lcsGammaGreen, lcs.lcsGammaBlue}),
-              std::vector<DWORD>(3, 0x0001CD00));
-    const double redSum = kPrimaries[0][0] + kPrimaries[0][1] + kPrimaries[0][2];
-    EXPECT_NEAR(lcs.lcsEndpoints.ciexyzRed.ciexyzX / 1073741824.0, kPrimaries[0][0] / redSum, 1e-4);
-    for (const CIEXYZ* endpoint :
-         {&lcs.lcsEndpoints.ciexyzRed, &lcs.lcsEndpoints.ciexyzGreen, &lcs.lcsEndpoints.ciexyzBlue})
-        EXPECT_NEAR(ChromaticitySum(*endpoint), 1L << 30, 256);
-    EXPECT_EQ(lcs.lcsFilename[0], L'\0');
-}
-
-TEST(LogColorSpace, SampledCurvesGetNominalGammaSrgbCurvesTheSrgbTypeAlone) {
-    auto sampled = ReaderOf(MatrixDisplay(CurvSampled(PowerCurve(256, 2.2))).Build());
-    LOGCOLORSPACEW lcs;
-    void* handle = sampled->GetProfile();
-    std::wstring name = L"C:\\profiles\\display.icc";
-    ASSERT_TRUE(sampled->CreateLogColorSpace(lcs, handle, name.data()));
-    EXPECT_EQ(lcs.lcsCSType, LCS_CALIBRATED_RGB);
-    EXPECT_EQ((std::vector<DWORD>{lcs.lcsGammaRed, lcs.lcsGammaBlue}), std::vector<DWORD>(2, 29491));
-    EXPECT_EQ(std::wstring(lcs.lcsFilename), name);
-
-    auto srgb = ReaderOf(MatrixDisplay(CurvSampled({0, 65535})).Build());
-    handle = srgb->GetProfile();
-    ASSERT_TRUE(srgb->CreateLogColorSpace(lcs, handle, nullptr));
-    EXPECT_EQ(lcs.lcsCSType, LCS_sRGB);
-    EXPECT_EQ(lcs.lcsEndpoints.ciexyzRed.ciexyzX, 0);
-    EXPECT_EQ(lcs.lcsGammaRed, 0u);
-
-    // A damaged profile degrades to sRGB.
-    for (uint32_t missing : {'gXYZ', 'gTRC'}) {
-        EXPECT_FALSE(Without(missing)->CreateLogColorSpaceFromCurrentProfile(lcs));
-        EXPECT_EQ(lcs.lcsCSType, LCS_sRGB);
-    }
-}
-
-TEST(LogColorSpace, TypeFollowsTheRedCurveAndChannelAgreement) {
-    const Bytes ends = CurvSampled({0, 65535});
-    ProfileBuilder noBlue = MatrixDisplay(ends);
-    noBlue.Remove('bTRC');
-    const std::pair<ProfileBuilder, long> cases[] = {
-        {MatrixDisplay(ends), LCS_sRGB},
-        // Other lengths are not told apart; equal lengths with other values are.
-        {MatrixDisplay(ends).Set('bTRC', CurvSampled(PowerCurve(16, 1.0))), LCS_sRGB},
-        {MatrixDisplay(ends).Set('bTRC', CurvSampled({0, 65000})), 0},
-        {MatrixDisplay(Para(0, {2.2})), 0},
-        {MatrixDisplay(CurvGamma(0x0233)), 0},
-        {noBlue, 0},
-    };
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        auto reader = LenientReaderOf(cases[i].first.Build());
-        void* handle = reader->GetProfile();
-        EXPECT_EQ(reader->GetLCSCSType(handle), cases[i].second) << "case " << i;
-    }
-}
-
-TEST(LogColorSpace, PlatformSrgbProfileOpensInMemory) {
-    tesk::test::TempEnvironment env;
-    ReaderProbe reader;
-    reader.CreatesRGB();
-    void* handle = reader.GetProfile();
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(reader.GetLCSCSType(handle), LCS_sRGB);
-    PROFILEHEADER header;
-    ASSERT_TRUE(HeaderOf(reader, header));
-    EXPECT_EQ(header.phDataColorSpace, DWORD('RGB '));
 }
 
 class Classification : public tesk::test::IsolatedTest {

@@ -86,11 +86,6 @@ inline Bytes VcgtTable(uint16_t channels, uint16_t entries, uint16_t entrySize, 
     std::copy(data.begin(), data.end(), b.begin() + 18);
     return b;
 }
-inline Bytes VcgtFormula(const std::vector<uint32_t>& nine) {
-    Bytes b = TypeHeader('vcgt', 48, {1});
-    for (size_t i = 0; i < nine.size(); ++i) PutBE32(b, 12 + 4 * i, nine[i]);
-    return b;
-}
 inline Bytes Sf32(const std::vector<double>& nine) {
     Bytes b = TypeHeader('sf32', 8 + 36);
     for (size_t i = 0; i < nine.size(); ++i) PutBE32(b, 8 + 4 * i, S15(nine[i]));

@@ -59,17 +59,10 @@ TEST(RawProfileChecks, VerdictPerDamage) {
         {"block one byte short", nullptr, -1, false, true},
         // One matching signature byte passes the lenient test; the platform is strict.
         {"axxx", signature("axxx"), 0, false, false},
-        {"xcxx", signature("xcxx"), 0, false, false},
-        {"xxsx", signature("xxsx"), 0, false, false},
-        {"xxxp", signature("xxxp"), 0, false, false},
         {"xxxx", signature("xxxx"), 0, false, true},
         {"major 0", version(0), 0, false, true},
-        {"major 1", version(0x01000000), 0, false, true},
-        {"major 5", version(0x05000000), 0, false, true},
         {"major 255", version(0xFF000000), 0, false, true},
         {"2.0", version(0x02000000), 0, true, true},
-        {"2.4", version(0x02400000), 0, true, true},
-        {"3.0", version(0x03000000), 0, true, true},
         {"4.3", version(0x04300000), 0, true, true},
         {"first tag far outside", [](Bytes& b) { PutBE32(b, 136, 0x7FFFFF00); }, 0, false, true},
     };
@@ -138,16 +131,6 @@ TEST(RawProfileRepair, OnlyVersion210ProfilesHaveTheirCopyrightResized) {
     EXPECT_FALSE(outcome.result || outcome.valid);
 }
 
-TEST(RawProfileRepair, ReaderMadeOverAHandleCannotRepair) {
-    void* none = nullptr;
-    ReaderProbe overHandle(none, L"given", true);
-    EXPECT_EQ(overHandle.m_pfnSetColorProfileElement, nullptr);
-    EXPECT_EQ(overHandle.m_pfnSetColorProfileElementSize, nullptr);
-    Bytes bytes = UnterminatedCopyrightProfile(0x02100000);
-    Outcome outcome = Open(overHandle, bytes, bytes.size());
-    EXPECT_FALSE(outcome.result || outcome.valid);
-}
-
 namespace {
 HPROFILE WINAPI ThrowingOpen(PPROFILE, DWORD, DWORD, DWORD) { throw std::runtime_error("decoder blew up"); }
 }  // namespace
@@ -162,17 +145,4 @@ TEST(RawProfileOpen, PlatformExceptionIsCaught) {
     Outcome outcome = Open(reader, bytes, bytes.size());
     EXPECT_FALSE(outcome.result || outcome.hasHandle);
     EXPECT_TRUE(outcome.valid);
-}
-
-TEST(RawProfileOpen, AFailureDropsThePreviousHandleWithoutClosingIt) {
-    ReaderProbe reader;
-    Bytes good = MatrixDisplay().Build();
-    ASSERT_TRUE(Open(reader, good, good.size()).result);
-    void* previous = reader.GetProfile();
-    Bytes bad = good;
-    bad[8] = 7;
-    EXPECT_FALSE(Open(reader, bad, bad.size()).result);
-    EXPECT_EQ(reader.GetProfile(), nullptr);
-    EXPECT_TRUE(IsOpen(reader, previous));
-    reader.CloseProfile(previous);
 }

@@ -15,20 +15,8 @@ namespace tesk::test::icc {
 class ReaderProbe : public CICCReadColorProfile {
 public:
     using CICCReadColorProfile::CICCReadColorProfile;
-    using CICCColorProfile::m_bOwnsHandle;
-    using CICCColorProfile::m_hProfile;
-    using CICCColorProfile::m_pfnCloseColorProfile;
-    using CICCColorProfile::m_pfnCreateMultiProfileTransform;
     using CICCColorProfile::m_pfnDeleteColorTransform;
-    using CICCColorProfile::m_pfnGetColorDirectoryW;
-    using CICCColorProfile::m_pfnGetColorProfileFromHandle;
     using CICCColorProfile::m_pfnGetColorProfileHeader;
-    using CICCColorProfile::m_pfnOpenColorProfileW;
-    using CICCColorProfile::m_strProfileName;
-    using CICCReadColorProfile::m_pfnCreateProfileFromLogColorSpaceW;
-    using CICCReadColorProfile::m_pfnGetColorProfileElement;
-    using CICCReadColorProfile::m_pfnSetColorProfileElement;
-    using CICCReadColorProfile::m_pfnSetColorProfileElementSize;
     using CICCColorProfile::CreateTransform2Profile;
 };
 
@@ -59,12 +47,6 @@ inline std::unique_ptr<ReaderProbe> LenientReaderOf(Bytes bytes) {
 inline bool HeaderOf(CICCColorProfile& profile, PROFILEHEADER& header) {
     auto* probe = static_cast<ReaderProbe*>(&profile);
     return probe->m_pfnGetColorProfileHeader(profile.GetProfile(), &header) != FALSE;
-}
-
-// Whether the platform still knows `handle` as an open profile.
-inline bool IsOpen(ReaderProbe& anyReader, void* handle) {
-    PROFILEHEADER header;
-    return handle && anyReader.m_pfnGetColorProfileHeader(handle, &header) != FALSE;
 }
 
 }  // namespace tesk::test::icc

@@ -58,33 +58,6 @@ TEST_F(WriterLayout, SingleGammaCurveIsU8Fixed8AndSampledCurveIsBigEndian) {
     EXPECT_FALSE(file.Tag('kTRC').has_value());
 }
 
-TEST_F(WriterLayout, ParametricCurveUsesTheProgramsOwnLayout) {
-    // Five parameters: 24 bytes, the type at 16, g from 20; nothing else of
-    // the values fits.
-    SICCParametricCurveType full{2.4, 4, 5, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045, 0.0};
-    ASSERT_TRUE(writer_.SetTRCParametricCurveType('rTRC', full));
-    // One parameter: four zero bytes.
-    SICCParametricCurveType single{1.8, 0, 1, 0, 0, 0, 0, 0};
-    ASSERT_TRUE(writer_.SetTRCParametricCurveType('gTRC', single));
-    // Three parameters (type 2): 16 bytes, all zero, although the type asks
-    // for words that would reach byte 36.
-    SICCParametricCurveType middle{-1.5, 2, 3, 1, 0, 0, 0, 0};
-    ASSERT_TRUE(writer_.SetTRCParametricCurveType('bTRC', middle));
-    SICCParametricCurveType unknown{1.0, 0, 6, 0, 0, 0, 0, 0};
-    EXPECT_FALSE(writer_.SetTRCParametricCurveType('kTRC', unknown));
-    EXPECT_EQ(DeclaredSize(), 132u + 12 * 3 + 24 + 4 + 16);
-
-    const WrittenProfile file = Finish();
-    Bytes expectedFull(24, 0);
-    expectedFull[17] = 4;
-    // 2.4: integer part 2 above the truncated fraction 0.4 x 65536 = 26214.
-    expectedFull[20] = 0x00, expectedFull[21] = 0x02, expectedFull[22] = 0x66, expectedFull[23] = 0x66;
-    EXPECT_EQ(file.Tag('rTRC'), expectedFull);
-    EXPECT_EQ(file.Tag('gTRC'), Bytes(4, 0));
-    EXPECT_EQ(file.Tag('bTRC'), Bytes(16, 0));
-    EXPECT_FALSE(file.Tag('kTRC').has_value());
-}
-
 TEST_F(WriterLayout, VideoCardGammaFormulaAndTable) {
     SVCGTGamma formula{};
     formula.m_nGammaType = kVCGTFormula;
@@ -106,26 +79,6 @@ TEST_F(WriterLayout, VideoCardGammaFormulaAndTable) {
     // 1 x 3 x 2 x 2 + 18 bytes; the entries in host (little-endian) order.
     EXPECT_EQ(tableTag, (Bytes{'v', 'c', 'g', 't', 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 3, 0, 1, 0x34, 0x12, 0xCD, 0xAB,
                                0x01, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x01, 0x80}));
-}
-
-TEST_F(WriterLayout, VideoCardGammaRefusesOtherTypesAndMissingData) {
-    const uint32_t before = DeclaredSize();
-    SVCGTGamma other{};
-    other.m_nGammaType = 2;
-    EXPECT_FALSE(writer_.SetVCGTInformation(other));
-    SVCGTGamma noData{};
-    noData.m_nGammaType = kVCGTTable;
-    noData.m_table = {3, 256, 2, nullptr};
-    EXPECT_FALSE(writer_.SetVCGTInformation(noData));
-    // Entry size 0: an 18-byte tag that has no room for the entries.
-    uint16_t entries[4] = {1, 2, 3, 4};
-    SVCGTGamma zeroSize{};
-    zeroSize.m_nGammaType = kVCGTTable;
-    zeroSize.m_table = {2, 2, 0, entries};
-    ASSERT_TRUE(writer_.SetVCGTInformation(zeroSize));
-    EXPECT_EQ(DeclaredSize(), before + 12 + 18 + 2);
-    const Bytes tag = Finish().Tag('vcgt').value();
-    EXPECT_EQ(tag.size(), 18u);
 }
 
 TEST_F(WriterLayout, ColorimetricTagsAreS15Fixed16) {
@@ -183,18 +136,6 @@ TEST_F(WriterLayout, TextTags) {
     // The copyright goes under 'cprt' whatever the signature asked for.
     EXPECT_FALSE(file.Tag('xxxx').has_value());
     EXPECT_EQ(file.Tag('cprt'), (Bytes{'t', 'e', 'x', 't', 0, 0, 0, 0, '(', 'c', ')', ' ', 'm', 'e', 0}));
-}
-
-TEST_F(WriterLayout, EmptyCopyrightListSetsTheTagToZeroLength) {
-    std::list<std::string> none;
-    EXPECT_FALSE(writer_.SetCopyrightTag('cprt', none)) << "no tag to shrink";
-    std::list<std::string> text{"x"};
-    ASSERT_TRUE(writer_.SetCopyrightTag('cprt', text));
-    const uint32_t before = DeclaredSize();
-    EXPECT_TRUE(writer_.SetCopyrightTag('cprt', none));
-    EXPECT_EQ(DeclaredSize(), before + 12);
-    // The platform's container drops a tag of no bytes.
-    EXPECT_FALSE(Finish().Tag('cprt').has_value());
 }
 
 TEST_F(WriterLayout, SizeAccountAddsTheRemainderNotThePadding) {

@@ -16,8 +16,6 @@ WORD Word(const BYTE* p) {
     return w;
 }
 
-void PutWord(BYTE* p, WORD w) { std::memcpy(p, &w, 2); }
-
 // Grey image whose pixel (x, y) is 10 * y + x.
 CRowIterator Numbered(int width, int height) {
     CRowIterator image;
@@ -86,22 +84,6 @@ TEST(CopyRect, PackedIndexesAtAnyBitPosition) {
     EXPECT_EQ(At(source.GetRow(0), 2), (Bytes{0b00010110, 0b11111001}));
 }
 
-TEST(CopyRect, SixteenToEightBitsTakesTheHighByte) {
-    CRowIterator wide, narrow;
-    ASSERT_TRUE(CRowIteratorBands::Create(wide, 2, 1, VPF_RGBA_16));
-    BYTE* p = wide.GetRow(0);
-    const WORD values[8] = {0x12FF, 0x3400, 0xFFFF, 0x00FF, 1, 2, 3, 0x8080};
-    for (int i = 0; i < 8; ++i) PutWord(p + 2 * i, values[i]);
-    ASSERT_TRUE(CRowIteratorBands::Create(narrow, 2, 1, CVPixelFormat::Get8bitFormat(VPF_RGBA_16)));
-    ASSERT_TRUE(RowIterator::CopyRect(narrow, wide));
-    EXPECT_EQ(At(narrow.GetRow(0), 8), (Bytes{0x12, 0x34, 0xFF, 0x00, 0, 0, 0, 0x80}));
-
-    // And back: 8 bits widen by 257, so white stays white.
-    ASSERT_TRUE(RowIterator::CopyRect(wide, narrow));
-    EXPECT_EQ(Word(wide.GetRow(0) + 4), 0xFFFF);
-    EXPECT_EQ(Word(wide.GetRow(0) + 0), 0x1212);
-}
-
 TEST(CopyRect, ConvertsBetweenGreyRgbAndAlpha) {
     CRowIterator rgb, grey, rgba;
     ASSERT_TRUE(CRowIteratorBands::CreateRGB(rgb, 2, 1));
@@ -116,47 +98,4 @@ TEST(CopyRect, ConvertsBetweenGreyRgbAndAlpha) {
     ASSERT_TRUE(CRowIteratorBands::CreateRGBA(rgba, 2, 1));
     ASSERT_TRUE(RowIterator::CopyRect(rgba, grey));
     EXPECT_EQ(At(rgba.GetRow(0), 4), (Bytes{90, 90, 90, 255}));  // alpha added as opaque
-}
-
-TEST(CopyRect, RefusesWhatCannotBeConverted) {
-    CRowIterator indexed, rgb, detached;
-    ASSERT_TRUE(CRowIteratorBands::Create(indexed, 2, 2, VPF_INDEXED_8));
-    ASSERT_TRUE(CRowIteratorBands::CreateRGB(rgb, 2, 2));
-    EXPECT_FALSE(RowIterator::CopyRect(rgb, indexed));
-    EXPECT_FALSE(RowIterator::CopyRect(indexed, rgb));
-    EXPECT_FALSE(RowIterator::CopyRect(rgb, detached));
-    EXPECT_FALSE(RowIterator::CopyRect(detached, rgb));
-}
-
-TEST(CopyColor, MovesColourAndKeepsDestinationAlpha) {
-    CRowIterator rgba, rgb;
-    ASSERT_TRUE(CRowIteratorBands::Create(rgba, 3, 2, VPF_RGBA_16));
-    for (int y = 0; y < 2; ++y)
-        for (int i = 0; i < 12; ++i) PutWord(rgba.GetRow(y) + 2 * i, WORD(1000 * y + i));
-    ASSERT_TRUE(CRowIteratorBands::Create(rgb, 3, 2, VPF_RGB_16));
-    ASSERT_TRUE(RowIterator::CopyColor(rgb, rgba));
-    EXPECT_EQ(Word(rgb.GetRow(1, 2)), 1008);      // blue of pixel 2
-    EXPECT_EQ(Word(rgb.GetRow(1, 2) + 4), 1010);  // red
-
-    // Changed colours go back; the alpha words stay as they were.
-    for (int y = 0; y < 2; ++y)
-        for (int i = 0; i < 9; ++i) PutWord(rgb.GetRow(y) + 2 * i, 50000);
-    ASSERT_TRUE(RowIterator::CopyColor(rgba, rgb));
-    for (int y = 0; y < 2; ++y)
-        for (int x = 0; x < 3; ++x) {
-            EXPECT_EQ(Word(rgba.GetRow(y, x) + 2), 50000);
-            EXPECT_EQ(Word(rgba.GetRow(y, x) + 6), 1000 * y + 4 * x + 3);
-        }
-}
-
-TEST(CopyColor, RequiresSameChannelsAndDepth) {
-    CRowIterator rgba16, rgb8, grey16, greyAlpha16;
-    ASSERT_TRUE(CRowIteratorBands::Create(rgba16, 1, 1, VPF_RGBA_16));
-    ASSERT_TRUE(CRowIteratorBands::CreateRGB(rgb8, 1, 1));
-    ASSERT_TRUE(CRowIteratorBands::Create(grey16, 1, 1, VPF_GREY_16));
-    ASSERT_TRUE(CRowIteratorBands::Create(greyAlpha16, 1, 1, VPF_GREY_ALPHA_16));
-    EXPECT_FALSE(RowIterator::CopyColor(rgb8, rgba16));
-    EXPECT_FALSE(RowIterator::CopyColor(grey16, rgba16));
-    EXPECT_TRUE(RowIterator::CopyColor(grey16, greyAlpha16));
-    EXPECT_FALSE(RowIterator::CopyColor(grey16, CRowIterator()));
 }

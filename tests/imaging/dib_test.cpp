@@ -75,19 +75,3 @@ TEST(Dib, RealignedRowWritesBackOnRelease) {
     EXPECT_EQ(row, dib.GetBits() + 4 + 1);  // row 0 is the second stored row
     EXPECT_EQ(CodeOf(dib.ReleaseRow(reinterpret_cast<BYTE*>(&dib))), VIMG_ERR_ARGUMENT);
 }
-
-TEST(Dib, CreateRgbaAndViewAsRowIterator) {
-    CDibIterator dib;
-    ExpectOk(CDibIterator::CreateRGBA(dib, 3, 4));
-    EXPECT_EQ(dib.GetPixelFormat(), VPF_RGBA_8);
-    EXPECT_EQ(dib.GetBPP(), 32);
-    BYTE* row = nullptr;
-    ExpectOk(dib.GetRow(3, 0, 3, 0, &row));
-    row[4] = 42;
-
-    CRowIterator view;
-    ASSERT_TRUE(CRowIteratorBands::AttachDib(view, dib));
-    EXPECT_EQ(view.GetStride(), -12);
-    EXPECT_EQ(view.GetRow(3, 1)[0], 42);
-    EXPECT_EQ(view.GetRow(3), dib.GetBits());
-}

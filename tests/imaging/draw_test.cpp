@@ -1,76 +1,7 @@
 #include <gtest/gtest.h>
-#include <tesk/loader.h>
-
-#include <vector>
 
 #include "host/imaging/DibIterator.h"
 #include "host/imaging/RowIteratorBands.h"
-
-namespace {
-
-struct SStretchCall {
-    int xDest, yDest, destWidth, destHeight, xSrc, ySrc, srcWidth, srcHeight;
-    LONG height;
-    WORD bitCount;
-    DWORD colours;
-    BYTE firstPixelByte;
-    DWORD rop;
-};
-std::vector<SStretchCall> g_calls;
-
-int FakeStretchDIBits(HDC, int xDest, int yDest, int destWidth, int destHeight, int xSrc, int ySrc, int srcWidth,
-                      int srcHeight, const void* bits, const BITMAPINFO* info, UINT, DWORD rop) {
-    g_calls.push_back({xDest, yDest, destWidth, destHeight, xSrc, ySrc, srcWidth, srcHeight, info->bmiHeader.biHeight,
-                       info->bmiHeader.biBitCount, info->bmiHeader.biClrUsed, *static_cast<const BYTE*>(bits), rop});
-    return srcHeight;
-}
-
-class DrawImage : public ::testing::Test {
-protected:
-    void SetUp() override {
-        HMODULE gdi = LoadLibraryW(L"GDI32.DLL");
-        if (!gdi) GTEST_SKIP() << "GDI32.DLL is not built";
-        FreeLibrary(gdi);
-        tesk::loader::Substitute fake;
-        fake.overrides["StretchDIBits"] = reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&FakeStretchDIBits));
-        tesk::loader::SetSubstitute(L"GDI32.DLL", fake);
-        g_calls.clear();
-    }
-    void TearDown() override { tesk::loader::ClearSubstitutes(); }
-};
-
-}  // namespace
-
-TEST_F(DrawImage, GreyImageGoesAsTopDownDibWithGreyColours) {
-    CRowIterator image;
-    ASSERT_TRUE(CRowIteratorBands::CreateGreyscale(image, 8, 3));
-    image.GetRow(0)[0] = 99;
-    ASSERT_TRUE(CRowIteratorBands::DrawImage(image, nullptr, RECT{5, 6, 21, 12}, RECT{0, 0, 8, 3}, SRCCOPY));
-    ASSERT_EQ(g_calls.size(), 1u);
-    const SStretchCall& c = g_calls[0];
-    EXPECT_EQ(c.height, -3);
-    EXPECT_EQ(c.bitCount, 8);
-    EXPECT_EQ(c.colours, 256u);
-    EXPECT_EQ(c.firstPixelByte, 99);
-    EXPECT_EQ(c.destWidth, 16);
-    EXPECT_EQ(c.destHeight, 6);
-    EXPECT_EQ(c.rop, SRCCOPY);
-}
-
-TEST_F(DrawImage, UnpaddedRowsAreCopiedAndSixteenBitsRefused) {
-    std::vector<BYTE> memory(9 * 2);
-    CRowIterator image;
-    ASSERT_TRUE(image.Attach(memory.data(), 3, 2, VPF_RGB_8, 9));
-    memory[9] = 5;
-    ASSERT_TRUE(CRowIteratorBands::DrawImage(image, nullptr, RECT{0, 0, 3, 2}, RECT{0, 0, 3, 2}, SRCCOPY));
-    ASSERT_EQ(g_calls.size(), 1u);
-    EXPECT_EQ(g_calls[0].height, -2);
-
-    CRowIterator wide;
-    ASSERT_TRUE(CRowIteratorBands::Create(wide, 2, 2, VPF_RGB_16));
-    EXPECT_FALSE(CRowIteratorBands::DrawImage(wide, nullptr, RECT{0, 0, 2, 2}, RECT{0, 0, 2, 2}, SRCCOPY));
-    EXPECT_EQ(g_calls.size(), 1u);
-}
 
 // Through the real GDI32, onto a memory device context.
 class DrawImageOnDevice : public ::testing::Test {

@@ -45,66 +45,6 @@ TEST(Image, RowsArePaddedAndBoundsChecked) {
     EXPECT_EQ(image.GetRow(2, 4)[2], 0);
 }
 
-TEST(Image, HandlesShareOneImage) {
-    CRowIterator a;
-    ASSERT_TRUE(CRowIteratorBands::CreateGreyscale(a, 2, 2));
-    CRowIterator b = a;
-    b.GetRow(1)[1] = 77;
-    EXPECT_EQ(a.GetRow(1)[1], 77);
-    EXPECT_TRUE(a.SharesImageWith(b));
-    // Re-creating one handle leaves the other with the old image.
-    ASSERT_TRUE(CRowIteratorBands::CreateRGBA(b, 1, 1));
-    EXPECT_EQ(a.GetRow(1)[1], 77);
-    EXPECT_FALSE(a.SharesImageWith(b));
-}
-
-TEST(Image, CreateCompatibleKeepsFormatPaletteAndResolution) {
-    CVPalette palette;
-    palette.CreateGreyscale(16);
-    CRowIterator source, copy;
-    ASSERT_TRUE(CRowIteratorBands::Create(source, 7, 3, VPF_INDEXED_4, &palette, nullptr, 300));
-    ASSERT_TRUE(CRowIteratorBands::CreateCompatible(copy, source));
-    EXPECT_EQ((std::vector<int>{copy.GetWidth(), copy.GetHeight(), copy.GetPixelFormat(), copy.GetResolution()}),
-              (std::vector<int>{7, 3, VPF_INDEXED_4, 300}));
-    ASSERT_NE(copy.GetPalette(), nullptr);
-    EXPECT_TRUE(*copy.GetPalette() == palette);
-    EXPECT_FALSE(copy.SharesImageWith(source));
-
-    CRowIterator detached;
-    EXPECT_FALSE(CRowIteratorBands::CreateCompatible(copy, detached));
-    EXPECT_FALSE(copy.IsAttached());
-}
-
-TEST(Image, AttachRefusesStrideShorterThanARow) {
-    std::vector<BYTE> pixels(64);
-    CRowIterator image;
-    EXPECT_FALSE(image.Attach(pixels.data(), 4, 2, VPF_RGB_8, 8));
-    EXPECT_FALSE(image.Attach(pixels.data(), 4, 2, VPF_RGB_8, -8));
-    EXPECT_FALSE(image.Attach(nullptr, 4, 2, VPF_RGB_8, 12));
-    EXPECT_TRUE(image.Attach(pixels.data(), 4, 1, VPF_RGB_8, 0));
-}
-
-TEST(Tiles, CoverTheAreaOnceInRowMajorOrder) {
-    CRowIterator image;
-    ASSERT_TRUE(CRowIteratorBands::CreateRGB(image, 10, 7));
-    const STileLayout layout = CRowIteratorBands::ImageToTile(image, RECT{1, -5, 50, 7}, 4, 3);
-    ASSERT_EQ(layout.columns, 3);  // 1..5, 5..9, 9..10
-    ASSERT_EQ(layout.rows, 3);     // 0..3, 3..6, 6..7
-    ASSERT_EQ(layout.tiles.size(), 9u);
-    std::vector<int> covered(70, 0);
-    for (const RECT& r : layout.tiles)
-        for (int y = r.top; y < r.bottom; ++y)
-            for (int x = r.left; x < r.right; ++x) ++covered[size_t(y * 10 + x)];
-    for (int y = 0; y < 7; ++y)
-        for (int x = 0; x < 10; ++x) EXPECT_EQ(covered[size_t(y * 10 + x)], x >= 1 ? 1 : 0) << x << "," << y;
-    EXPECT_EQ(layout.At(0, 2).left, 9);
-    EXPECT_EQ(layout.At(2, 0).top, 6);
-    EXPECT_EQ(layout.At(2, 2).right, 10);
-
-    EXPECT_TRUE(CRowIteratorBands::ImageToTile(image, RECT{10, 0, 20, 7}).tiles.empty());
-    EXPECT_TRUE(CRowIteratorBands::ImageToTile(CRowIterator(), RECT{0, 0, 5, 5}).tiles.empty());
-}
-
 // A bottom-up image: row 0 lies at the highest address. A tile of it walked
 // from its re-based start (last row, stride negated) touches the same pixels.
 TEST(Tiles, NegativeStrideTilesRebaseOntoTheSamePixels) {
@@ -136,15 +76,4 @@ TEST(Tiles, NegativeStrideTilesRebaseOntoTheSamePixels) {
             EXPECT_EQ(image.GetRow(y, x)[2], inside ? 0 : (x ^ y)) << x << "," << y;
         }
     EXPECT_EQ(memory[size_t(stride - 1)], 0xEE);
-}
-
-TEST(Tiles, GetTileClipsAndRefusesEmpty) {
-    CRowIterator image;
-    ASSERT_TRUE(CRowIteratorBands::Create(image, 8, 8, VPF_RGB_16));
-    STile tile;
-    ASSERT_TRUE(CRowIteratorBands::GetTile(image, RECT{6, 6, 20, 20}, tile));
-    EXPECT_EQ((std::pair{tile.width, tile.height}), (std::pair{2, 2}));
-    EXPECT_EQ(tile.bits, image.GetRow(6, 6));
-    EXPECT_FALSE(CRowIteratorBands::GetTile(image, RECT{8, 0, 9, 8}, tile));
-    EXPECT_EQ(tile.bits, nullptr);
 }

@@ -40,16 +40,4 @@ TEST(PixelBlocks, AReCreatedImageGetsItsOldMemoryBackCleared) {
     EXPECT_EQ(vimaging::KeptBlockCount(), 1u);
 }
 
-TEST(PixelBlocks, NoMoreIsKeptThanTheLimit) {
-    std::vector<CRowIterator> images(vimaging::kKeptBlocks + 3);
-    for (size_t i = 0; i < images.size(); ++i) ASSERT_TRUE(images[i].Create(kSide, kSide + int(i), VPF_RGB_8));
-    images.clear();
-    EXPECT_EQ(vimaging::KeptBlockCount(), vimaging::kKeptBlocks);
-    // The newest are kept: the last image's size is served from them.
-    CRowIterator again;
-    ASSERT_TRUE(again.Create(kSide, kSide + int(vimaging::kKeptBlocks) + 2, VPF_RGB_8));
-    EXPECT_EQ(vimaging::KeptBlockCount(), vimaging::kKeptBlocks - 1);
-    EXPECT_TRUE(Clear(again));
-}
-
 }  // namespace

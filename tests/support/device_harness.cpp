@@ -33,22 +33,6 @@ CRowIterator PatternRGB(int width, int height) {
     return image;
 }
 
-CRowIterator PatternRGB16(int width, int height) {
-    CRowIterator image;
-    CRowIteratorBands::Create(image, width, height, VPF_RGB_16);
-    for (int y = 0; y < height; ++y) {
-        auto* row = reinterpret_cast<uint16_t*>(image.GetRow(y));
-        for (int x = 0; x < width; ++x) {
-            const COLORREF c = Colour(x, y);
-            // Low bytes that would round the other way: only the high byte counts.
-            row[x * 3] = uint16_t(GetBValue(c) << 8 | 0xF0);
-            row[x * 3 + 1] = uint16_t(GetGValue(c) << 8 | 0x0F);
-            row[x * 3 + 2] = uint16_t(GetRValue(c) << 8 | 0xFF);
-        }
-    }
-    return image;
-}
-
 COLORREF PixelOf(const CRowIterator& image, int x, int y) {
     const BYTE* p = image.GetRow(y, x);
     return RGB(p[2], p[1], p[0]);

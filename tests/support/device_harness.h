@@ -30,8 +30,6 @@ private:
 // An 8-bit RGB image whose pixel (x, y) is Colour(x, y).
 CRowIterator PatternRGB(int width, int height);
 COLORREF Colour(int x, int y);
-// The same colours in 16-bit RGB: the high byte of each word is the 8-bit value.
-CRowIterator PatternRGB16(int width, int height);
 // Pixel (x, y) of an 8-bit RGB image as a COLORREF.
 COLORREF PixelOf(const CRowIterator& image, int x, int y);
 // The manager's display transform of an 8-bit image, into a new image.

@@ -192,10 +192,6 @@ std::wstring GdiICMProfile(HDC dc) {
     return path;
 }
 
-bool GdiSetICMProfile(HDC dc, std::wstring path) {
-    return Real<decltype(&SetICMProfileW)>(L"GDI32.DLL", "SetICMProfileW")(dc, path.data()) != FALSE;
-}
-
 bool StoredInt(int id, int& value) {
     return WithStoredGroup(169, [&](IVSettingsGroup* group) { return group->ReadInt(id, value); });
 }

@@ -31,7 +31,6 @@ public:
     static std::wstring MonitorID(CColorManager& m) { return Text(m.m_strMonitorID); }
     static std::wstring AdapterName(CColorManager& m) { return Text(m.m_strAdapterName); }
     static void ClearWorkingSpace(CColorManager& m) { m.m_strWorkingSpace.Reset(); }
-    static void ClearMonitorProfile(CColorManager& m) { m.m_strMonitorProfile.Reset(); }
     static bool Proof(CColorManager& m) { return m.m_bProof; }
     static DWORD Intent(CColorManager& m) { return m.m_dwIntent; }
     static DWORD ProofIntent(CColorManager& m) { return m.m_dwProofIntent; }
@@ -41,18 +40,8 @@ public:
     }
     static const uint16_t* SavedRamp(CColorManager& m) { return m.m_pSavedGammaRamp; }
     static const SColorSpecRGB& ColorSpec(CColorManager& m) { return m.m_colorSpec; }
-    static int QFXSize(CColorManager& m) { return m.m_nQFXProfileSize; }
-    static const BYTE* QFX(CColorManager& m) { return m.m_pQFXProfile; }
-    static HMODULE Module(CColorManager& m, int i) { return i == 0 ? m.m_hICMUI : i == 1 ? m.m_hMSCMS : m.m_hGDI32; }
     static std::vector<bool> BoundInDeclarationOrder(CColorManager& m);
     static std::wstring DefaultPrinterName(CColorManager& m) { return Text(m.GetDefaultPrinterName()); }
-    static std::wstring DefaultICMProfile(CColorManager& m, HDC dc) { return Text(m.GetDefaultICMProfile(dc)); }
-    static std::wstring RegistryString(CColorManager& m, HKEY root, const wchar_t* key, const wchar_t* value) {
-        return Text(m.GetRegistryString(root, const_cast<wchar_t*>(key), const_cast<wchar_t*>(value)));
-    }
-    static int EnumCallback(wchar_t* name, std::vector<CString>& out) {
-        return CColorManager::EnumICMProfilesProcCallback(name, reinterpret_cast<LPARAM>(&out));
-    }
 };
 
 namespace colormgr_test {
@@ -80,7 +69,6 @@ HDC GdiCreateDC(const wchar_t* driver, const wchar_t* device);
 void GdiDeleteDC(HDC dc);
 int GdiICMMode(HDC dc, int mode);
 std::wstring GdiICMProfile(HDC dc);
-bool GdiSetICMProfile(HDC dc, std::wstring path);
 // Values of group 169 as a fresh store reads them from the settings file.
 bool StoredInt(int id, int& value);
 bool StoredText(int id, std::wstring& value);
