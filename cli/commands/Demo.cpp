@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -14,27 +13,21 @@
 
 namespace teskcolor {
 
-int RunDemo(const Args& args) {
-    CArguments arguments("demo", args, {{"--cmyk", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor demo [--cmyk PROFILE] [FOLDER]\n"
-                   "Makes a colour test chart, separates it into four plates with the CMYK profile,\n"
-                   "recombines the plates into RGB and soft-proofs the result for the display\n"
-                   "through the CMYK profile. The files go into FOLDER (default ./teskcolor-demo):\n"
-                   "chart.tif, chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif,\n"
-                   "recombined.tif and proof.tif.\n",
-                   stdout);
-        return 0;
-    }
-    if (arguments.Positional().size() > 1) throw CCliError(EExit::Usage, "usage: teskcolor demo [--cmyk PROFILE] [FOLDER]");
-    const std::filesystem::path folder =
-        std::filesystem::absolute(arguments.Positional().empty() ? "teskcolor-demo" : arguments.Positional()[0]);
+namespace {
+
+struct SDemoOptions {
+    std::string cmyk;
+    std::string folder = "teskcolor-demo";
+};
+
+int Run(const SDemoOptions& options) {
+    const std::filesystem::path folder = std::filesystem::absolute(options.folder);
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) throw CCliError(EExit::WriteFailed, folder.string() + ": cannot create the folder: " + error.message());
 
     CColorManager& manager = ColourManager();
-    if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
+    if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
     const SProfileSource cmykProfile = DefaultCMYKProfile(manager);
     const SProfileSource workingSpace = WorkingSpaceProfile(manager);
     std::printf("working space: %s\nCMYK profile:  %s\n", workingSpace.origin.c_str(), cmykProfile.origin.c_str());
@@ -68,6 +61,24 @@ int RunDemo(const Args& args) {
     std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
     std::printf("done: the files are in %s\n", folder.c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddDemoCommand(CLI::App& root) {
+    auto options = std::make_shared<SDemoOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "demo", "chart, separation, recombination and proof in one folder",
+        "Makes a colour test chart, separates it into four plates with the CMYK profile,\n"
+        "recombines the plates into RGB and soft-proofs the result for the display through\n"
+        "the CMYK profile.\n"
+        "reads: the settings' working-space and CMYK profiles.\n"
+        "writes: into FOLDER (default ./teskcolor-demo) chart.tif,\n"
+        "chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif, recombined.tif, proof.tif.",
+        "teskcolor demo /tmp/demo");
+    AddCmykOption(*command, options->cmyk);
+    command->add_option("FOLDER", options->folder, "where the files go (default ./teskcolor-demo)");
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -20,14 +19,6 @@ namespace teskcolor {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr const char* kHelp =
-    "usage: teskcolor info [--json] PROFILE|IMAGE\n"
-    "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
-    "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
-    "check's verdict, header fields, description and copyright, tone curves, colorants and\n"
-    "white point, and how the module classifies it.\n"
-    "  --json   one JSON object on standard output, for scripts\n";
 
 Json Xyz(const SMyXYZNumber& xyz) { return Json::array({xyz.X, xyz.Y, xyz.Z}); }
 
@@ -159,21 +150,39 @@ void PrintText(const Json& j, const std::string& indent = "") {
 
 }  // namespace
 
-int RunInfo(const Args& args) {
-    CArguments arguments("info", args, {{"--json", false}});
-    if (arguments.WantsHelp()) {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(1, "info [--json] PROFILE|IMAGE");
+namespace {
+
+struct SInfoOptions {
+    bool json = false;
+    std::string profile;
+};
+
+int Run(const SInfoOptions& options) {
     CColorManager& manager = ColourManager();
-    const SProfileSource profile = LoadProfileSource(arguments.Positional()[0], &manager);
+    const SProfileSource profile = LoadProfileSource(options.profile, &manager);
     const Json description = Describe(profile, manager);
-    if (arguments.Has("--json"))
+    if (options.json)
         std::printf("%s\n", description.dump(2).c_str());
     else
         PrintText(description);
     return description["verdict"] == "valid" ? 0 : int(EExit::Corrupt);
+}
+
+}  // namespace
+
+SCommand AddInfoCommand(CLI::App& root) {
+    auto options = std::make_shared<SInfoOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "info", "check and analyse a profile or an image's embedded profile",
+        "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
+        "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
+        "check's verdict, header fields, description and copyright, tone curves, colorants and\n"
+        "white point, and how the module classifies it.\n"
+        "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output).",
+        "teskcolor info --json AdobeRGB1998.icc");
+    command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");
+    command->add_option("PROFILE", options->profile, "a profile file, an installed name, or an image")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <list>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -16,14 +15,6 @@
 namespace teskcolor {
 
 namespace {
-
-constexpr const char* kHelp =
-    "usage: teskcolor make-profile [OPTIONS] OUTPUT.icc\n"
-    "Writes a matrix/TRC RGB display profile with the module's profile writer.\n"
-    "  --primaries srgb|adobe   colorants (default srgb: ITU-R BT.709 primaries)\n"
-    "  --gamma G                one gamma for all three curves (default: the sRGB curve)\n"
-    "  --description TEXT       the profile's description (default from the choices)\n"
-    "  --copyright TEXT         the copyright text (default \"No copyright, use freely\")\n";
 
 struct SPrimaries {
     const char* name;
@@ -36,23 +27,21 @@ constexpr SPrimaries kPrimaries[] = {
     {"adobe", {0.6097, 0.3111, 0.0195}, {0.2053, 0.6257, 0.0609}, {0.1492, 0.0632, 0.7446}},
 };
 
-}  // namespace
+struct SMakeProfileOptions {
+    std::string primaries = "srgb";
+    std::optional<double> gamma;
+    std::optional<std::string> description;
+    std::string copyright = "No copyright, use freely";
+    std::string output;
+};
 
-int RunMakeProfile(const Args& args) {
-    CArguments arguments("make-profile", args,
-                         {{"--primaries", true}, {"--gamma", true}, {"--description", true}, {"--copyright", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(1, "make-profile [OPTIONS] OUTPUT.icc");
-    const std::string output = arguments.Positional()[0];
-    const std::string primariesName = arguments.Value("--primaries").value_or("srgb");
+int Run(const SMakeProfileOptions& options) {
+    const std::string output = options.output;
+    const std::string primariesName = options.primaries;
     const SPrimaries* primaries = nullptr;
     for (const SPrimaries& p : kPrimaries)
         if (primariesName == p.name) primaries = &p;
-    if (!primaries) throw CCliError(EExit::Usage, "make-profile: --primaries is srgb or adobe");
-    const std::optional<double> gamma = arguments.Number("--gamma", 0.1, 10.0);
+    const std::optional<double> gamma = options.gamma;
 
     char defaultDescription[96];
     if (gamma)
@@ -61,8 +50,8 @@ int RunMakeProfile(const Args& args) {
     else
         std::snprintf(defaultDescription, sizeof defaultDescription, "%s primaries, sRGB curve",
                       primariesName == "srgb" ? "sRGB" : "Adobe RGB");
-    std::list<std::string> description{arguments.Value("--description").value_or(defaultDescription)};
-    std::list<std::string> copyright{arguments.Value("--copyright").value_or("No copyright, use freely")};
+    std::list<std::string> description{options.description.value_or(defaultDescription)};
+    std::list<std::string> copyright{options.copyright};
 
     ColourManager();  // the platform's colour system, loaded as the host does
     COutputFile file(output);
@@ -98,6 +87,26 @@ int RunMakeProfile(const Args& args) {
     file.Commit();
     std::printf("wrote %s (%s)\n", output.c_str(), description.front().c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddMakeProfileCommand(CLI::App& root) {
+    auto options = std::make_shared<SMakeProfileOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "make-profile", "write an RGB display profile",
+        "Writes a matrix/TRC RGB display profile with the module's profile writer.\n"
+        "reads: nothing. writes: OUTPUT.icc.",
+        "teskcolor make-profile --primaries adobe --gamma 2.2 --description \"My display\" my.icc");
+    command->add_option("--primaries", options->primaries, "colorants: srgb (ITU-R BT.709, the default) or adobe")
+        ->check(CLI::IsMember({"srgb", "adobe"}));
+    command->add_option("--gamma", options->gamma, "one gamma for all three curves (default: the sRGB curve)")
+        ->check(CLI::Range(0.1, 10.0));
+    command->add_option("--description", options->description, "the profile's description (default from the choices)")
+        ->type_name("TEXT");
+    command->add_option("--copyright", options->copyright, "the copyright text")->type_name("TEXT");
+    command->add_option("OUTPUT", options->output, "the .icc file to write")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -13,13 +12,6 @@
 namespace teskcolor {
 
 namespace {
-
-constexpr const char* kHelp =
-    "usage: teskcolor profiles [list] [--cmyk]\n"
-    "       teskcolor profiles install FILE\n"
-    "       teskcolor profiles uninstall NAME\n"
-    "Lists the installed RGB working-space profiles (or, with --cmyk, the CMYK printer\n"
-    "profiles) found in the colour directory, or installs and uninstalls a profile there.\n";
 
 int List(CColorManager& manager, bool cmyk) {
     std::printf("# colour directory: %s\n", ColourDirectory(manager).c_str());
@@ -42,17 +34,15 @@ int List(CColorManager& manager, bool cmyk) {
     return 0;
 }
 
-}  // namespace
+struct SProfilesOptions {
+    bool cmyk = false;
+    std::vector<std::string> words;
+};
 
-int RunProfiles(const Args& args) {
-    CArguments arguments("profiles", args, {{"--cmyk", false}});
-    if (arguments.WantsHelp()) {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    const auto& words = arguments.Positional();
+int Run(const SProfilesOptions& options) {
+    const auto& words = options.words;
     CColorManager& manager = ColourManager();
-    if (words.empty() || words[0] == "list") return List(manager, arguments.Has("--cmyk"));
+    if (words.empty() || words[0] == "list") return List(manager, options.cmyk);
     if (words.size() != 2) throw CCliError(EExit::Usage, "usage: teskcolor profiles install FILE | uninstall NAME");
     if (words[0] == "install") {
         std::error_code error;
@@ -70,7 +60,26 @@ int RunProfiles(const Args& args) {
         std::printf("uninstalled %s\n", words[1].c_str());
         return 0;
     }
-    throw CCliError(EExit::Usage, "profiles: list, install or uninstall (see profiles --help)");
+    throw CCliError(EExit::Usage, "profiles: list, install or uninstall (see teskcolor help profiles)");
+}
+
+}  // namespace
+
+SCommand AddProfilesCommand(CLI::App& root) {
+    auto options = std::make_shared<SProfilesOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "profiles", "list, install and uninstall profiles",
+        "  teskcolor profiles [list] [--cmyk]\n"
+        "  teskcolor profiles install FILE\n"
+        "  teskcolor profiles uninstall NAME\n"
+        "Lists the installed RGB working-space profiles (or, with --cmyk, the CMYK printer\n"
+        "profiles) found in the colour directory, or installs and uninstalls a profile there.\n"
+        "reads: the colour directory. writes: install copies FILE into the colour directory;\n"
+        "uninstall removes NAME from it.",
+        "teskcolor profiles install AdobeRGB1998.icc");
+    command->add_flag("--cmyk", options->cmyk, "list the CMYK printer profiles");
+    command->add_option("ACTION", options->words, "list | install FILE | uninstall NAME");
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

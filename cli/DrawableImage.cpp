@@ -1,0 +1,31 @@
+#include "cli/DrawableImage.h"
+
+#include "cli/Errors.h"
+#include "cli/Operations.h"
+#include "cli/imageio/ImageFile.h"
+#include "colormgr/ColorManager.h"
+#include "host/imaging/RowIteratorBands.h"
+
+namespace teskcolor {
+
+CRowIterator DrawableImage(CColorManager& manager, const std::string& path, bool eightBit) {
+    SImage image = ReadImage(path);
+    if (image.cmyk) throw CCliError(EExit::Unsupported, path + ": CMYK images are shown through 'combine' first");
+    SImage working = ToWorkingSpace(manager, image, nullptr);
+    CRowIterator pixels = working.pixels;
+    EVPixelFormat format = pixels.GetPixelFormat();
+    EVPixelFormat wanted = format;
+    if (format == VPF_RGBA_8) wanted = VPF_RGB_8;
+    if (format == VPF_RGBA_16) wanted = VPF_RGB_16;
+    if (format == VPF_GREY_ALPHA_8) wanted = VPF_GREY_8;
+    if (format == VPF_GREY_ALPHA_16) wanted = VPF_GREY_16;
+    if (eightBit) wanted = CVPixelFormat::Get8bitFormat(wanted);
+    if (wanted == format) return pixels;
+    CRowIterator copy;
+    if (!CRowIteratorBands::Create(copy, pixels.GetWidth(), pixels.GetHeight(), wanted) ||
+        !RowIterator::CopyRect(copy, pixels))
+        throw CCliError(EExit::Failed, path + ": the image could not be prepared for drawing");
+    return copy;
+}
+
+}  // namespace teskcolor
