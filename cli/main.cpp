@@ -43,6 +43,17 @@ void TurnOnModuleTraceWhenVerbose(int argc, char** argv, char**) {
 __attribute__((section(".preinit_array"), used)) void (*const kBeforeLibraries)(int, char**, char**) =
     TurnOnModuleTraceWhenVerbose;
 
+// Help that opens with its usage line, as the field's tools print it.
+class CHelpFormatter : public CLI::Formatter {
+public:
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        if (mode == CLI::AppFormatMode::Sub) return make_expanded(app);
+        std::string usage = make_usage(app, name);
+        return usage + make_description(app) + make_positionals(app) + make_groups(app, mode) +
+               make_subcommands(app, mode) + "\n" + make_footer(app) + "\n";
+    }
+};
+
 int Fail(EExit code, std::string message) {
     std::replace(message.begin(), message.end(), '\n', ' ');
     std::fflush(stdout);
@@ -56,7 +67,9 @@ int Fail(EExit code, std::string message) {
 int main(int argc, char** argv) {
     using namespace teskcolor;
     CLI::App root("Colour management from the command line: profiles, conversions, separations.", "teskcolor");
-    root.get_formatter()->label("Usage", "usage");
+    auto formatter = std::make_shared<CHelpFormatter>();
+    formatter->label("Usage", "usage");
+    root.formatter(formatter);
     root.footer(kExitCodes);
     root.set_version_flag("--version", "teskcolor " TESKCOLOR_VERSION);
     root.require_subcommand(1);
