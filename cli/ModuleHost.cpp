@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 
 #include "cli/Errors.h"
@@ -25,12 +26,6 @@ CColorManager& ColourManager() {
     if (!manager || !manager->IsLoaded())
         throw CCliError(EExit::Failed, "the colour system (MSCMS) could not be loaded");
     return *manager;
-}
-
-std::wstring ModuleProfileName(const std::string& argument) {
-    std::error_code error;
-    if (fs::is_regular_file(argument, error)) return tesk::path::ToWindows(fs::absolute(argument).string());
-    return tesk::path::Wide(argument);
 }
 
 std::string ColourDirectory(CColorManager& manager) {
@@ -53,27 +48,43 @@ bool LooksLikeImage(const std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
-SProfileSource LoadProfileSource(const std::string& argument, CColorManager* manager) {
-    std::error_code error;
-    std::string path = argument;
-    if (!fs::is_regular_file(path, error) && argument.find('/') == std::string::npos) {
-        // A bare name: an installed profile, or one of the program's own beside the executable.
-        std::vector<std::string> places;
-        if (manager) places.push_back(ColourDirectory(*manager) + "/" + argument);
-        places.push_back((fs::read_symlink("/proc/self/exe", error).parent_path() / "ColorProfile" / argument).string());
-        for (const std::string& place : places)
-            if (fs::is_regular_file(place, error)) {
-                path = place;
-                break;
-            }
-    }
-    if (!fs::is_regular_file(path, error)) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
+namespace {
 
+// The file a profile argument names: the argument itself, else for a bare
+// name an installed profile or one of the program's own, with the extensions
+// the lists leave off.
+std::string ProfileFile(const std::string& argument, CColorManager* manager) {
+    std::error_code error;
+    if (fs::is_regular_file(argument, error)) return argument;
+    if (argument.empty() || argument.find('/') != std::string::npos) return "";
+    std::vector<std::string> folders;
+    if (manager) folders.push_back(ColourDirectory(*manager));
+    folders.push_back((fs::read_symlink("/proc/self/exe", error).parent_path() / "ColorProfile").string());
+    for (const std::string& folder : folders)
+        for (const char* extension : {"", ".icc", ".icm", ".ICC", ".ICM"})
+            if (fs::is_regular_file(folder + "/" + argument + extension, error)) return folder + "/" + argument + extension;
+    return "";
+}
+
+SProfileSource ReadProfileSource(const std::string& argument, CColorManager* manager) {
+    const std::string path = ProfileFile(argument, manager);
+    if (path.empty()) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
     std::vector<uint8_t> bytes = ReadFileBytes(path);
-    if (!LooksLikeImage(bytes)) return {std::move(bytes), argument, path};
+    if (!LooksLikeImage(bytes))
+        return {std::move(bytes), argument, path, tesk::path::ToWindows(fs::absolute(path).string())};
     SImage image = ReadImageMemory(bytes.data(), bytes.size());
     if (image.iccProfile.empty()) throw CCliError(EExit::NotFound, argument + ": the image carries no ICC profile");
-    return {std::move(image.iccProfile), argument + " (embedded)", ""};
+    const std::string kept = KeepForThisRun(image.iccProfile);
+    return {std::move(image.iccProfile), argument + " (embedded)", "", tesk::path::ToWindows(kept)};
+}
+
+}  // namespace
+
+const SProfileSource& ResolveProfile(const std::string& argument, CColorManager* manager) {
+    static std::map<std::string, SProfileSource> resolved;
+    auto found = resolved.find(argument);
+    if (found == resolved.end()) found = resolved.emplace(argument, ReadProfileSource(argument, manager)).first;
+    return found->second;
 }
 
 void RequireColourSpace(const SProfileSource& profile, uint32_t space, const std::string& role) {
@@ -90,22 +101,22 @@ void RequireColourSpace(const SProfileSource& profile, uint32_t space, const std
 namespace teskcolor {
 
 namespace {
-SProfileSource ProfileByModuleName(const CString& name, const std::string& role) {
+const SProfileSource& ProfileByModuleName(const CString& name, const std::string& role) {
     if (name.IsEmpty()) throw CCliError(EExit::NotFound, "no " + role + " profile is set");
     std::string text = name.Utf8();
     if (text.find('\\') != std::string::npos || text.find(':') != std::string::npos)
         text = tesk::path::ToNative(name.GetString());
-    return LoadProfileSource(text, &ColourManager());
+    return ResolveProfile(text, &ColourManager());
 }
 }  // namespace
 
-SProfileSource WorkingSpaceProfile(CColorManager& manager) {
+const SProfileSource& WorkingSpaceProfile(CColorManager& manager) {
     CString name;
     manager.GetDefaultRGBString(name);
     return ProfileByModuleName(name, "working-space");
 }
 
-SProfileSource DefaultCMYKProfile(CColorManager& manager) {
+const SProfileSource& DefaultCMYKProfile(CColorManager& manager) {
     CString name;
     manager.GetDefaultCMYKString(name);
     return ProfileByModuleName(name, "CMYK");

@@ -21,10 +21,10 @@ struct SConvertOptions {
 int Run(const SConvertOptions& options) {
     CColorManager& manager = ColourManager();
     if (!options.to.empty()) {
-        const SProfileSource profile = LoadProfileSource(options.to, &manager);
+        const SProfileSource& profile = ResolveProfile(options.to, &manager);
         RequireColourSpace(profile, 0x52474220, "the target");
         KeepWritesForThisRun();
-        CString name(ModuleProfileName(profile.file.empty() ? options.to : profile.file));
+        CString name(profile.moduleName);
         manager.SetColorWorkingSpace(name);
     }
     CProgressBar progress("reading");

@@ -28,8 +28,8 @@ int Run(const SDemoOptions& options) {
 
     CColorManager& manager = ColourManager();
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
-    const SProfileSource cmykProfile = DefaultCMYKProfile(manager);
-    const SProfileSource workingSpace = WorkingSpaceProfile(manager);
+    const SProfileSource& cmykProfile = DefaultCMYKProfile(manager);
+    const SProfileSource& workingSpace = WorkingSpaceProfile(manager);
     std::printf("working space: %s\nCMYK profile:  %s\n", workingSpace.origin.c_str(), cmykProfile.origin.c_str());
 
     const auto path = [&](const char* name) { return (folder / name).string(); };

@@ -119,10 +119,11 @@ void RecoverFinalEntry(CICCReadColorProfile& reader, SVCGTTable& table) {
 }
 
 SRamp RampOfProfile(CColorManager& manager, const std::string& argument) {
-    SProfileSource source = LoadProfileSource(argument, &manager);
+    const SProfileSource& source = ResolveProfile(argument, &manager);
+    std::vector<uint8_t> block = source.bytes;  // the reader keeps and may touch it
     CICCReadColorProfile reader;
     bool valid = false;
-    if (!reader.CreateFromRawData(source.bytes.data(), static_cast<unsigned long>(source.bytes.size()), valid))
+    if (!reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid))
         throw CCliError(EExit::Corrupt, source.origin + ": not a readable ICC profile");
     if (!reader.DoesProfileTagExist(kVcgtTag))
         throw CCliError(EExit::WrongProfile, source.origin + ": the profile has no vcgt (video-card gamma) tag");

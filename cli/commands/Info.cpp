@@ -73,15 +73,6 @@ Json CurveJson(CICCReadColorProfile& reader, unsigned long tag) {
     return out;
 }
 
-// A file holding the profile, for the module's checks that open by name.
-std::string FileForProfile(const SProfileSource& profile, std::unique_ptr<COutputFile>& scratch) {
-    if (!profile.file.empty()) return std::filesystem::absolute(profile.file).string();
-    scratch = std::make_unique<COutputFile>(std::filesystem::temp_directory_path().string() + "/teskcolor-info.icc");
-    std::fwrite(profile.bytes.data(), 1, profile.bytes.size(), scratch->Stream());
-    std::fflush(scratch->Stream());
-    return scratch->TempPath();
-}
-
 Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json out{{"source", profile.origin}, {"bytes", profile.bytes.size()}};
     auto header = ParseProfileHeader(profile.bytes.data(), profile.bytes.size());
@@ -124,8 +115,7 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
             classification["gamma"] = colorSpec.m_dGamma;
         }
     }
-    std::unique_ptr<COutputFile> scratch;
-    CString path(tesk::path::ToWindows(FileForProfile(profile, scratch)));
+    CString path(profile.moduleName);
     CICCReadColorProfile byName;
     classification["working_space"] = byName.IsProfileWorkingSpace(path);
     classification["cmyk_printer"] = byName.IsProfileCMYK(path);
@@ -159,7 +149,7 @@ struct SInfoOptions {
 
 int Run(const SInfoOptions& options) {
     CColorManager& manager = ColourManager();
-    const SProfileSource profile = LoadProfileSource(options.profile, &manager);
+    const SProfileSource& profile = ResolveProfile(options.profile, &manager);
     const Json description = Describe(profile, manager);
     if (options.json)
         std::printf("%s\n", description.dump(2).c_str());

@@ -54,7 +54,7 @@ int Run(const SProfilesOptions& options) {
         return 0;
     }
     if (words[0] == "uninstall") {
-        const std::wstring name = ModuleProfileName(words[1]);
+        const std::wstring name = ResolveProfile(words[1], &manager).moduleName;
         if (!manager.UninstallColorProfileW(name.c_str()))
             throw CCliError(EExit::NotFound, words[1] + ": not installed, or it could not be removed");
         std::printf("uninstalled %s\n", words[1].c_str());

@@ -106,7 +106,7 @@ VCM_EMBEDDED EmbeddedValue(const std::string& text) {
 // The module joins these names to the colour directory: a profile from
 // elsewhere is installed there first.
 CString CheckedProfile(const std::string& argument, uint32_t space, const std::string& role, CColorManager& manager) {
-    const SProfileSource profile = LoadProfileSource(argument, &manager);
+    const SProfileSource& profile = ResolveProfile(argument, &manager);
     RequireColourSpace(profile, space, role);
     return CString(NameInColourDirectory(profile, manager, true));
 }
@@ -138,8 +138,9 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
         commit = false;
     } else if (key == "cmyk-profile") {
         // The CMYK profile may be a path or a name beside the program as well.
-        RequireColourSpace(LoadProfileSource(value, &manager), 0x434D594B, "CMYK profile");
-        CString name(ModuleProfileName(value));
+        const SProfileSource& profile = ResolveProfile(value, &manager);
+        RequireColourSpace(profile, 0x434D594B, "CMYK profile");
+        CString name(profile.moduleName);
         manager.SetCMYKProfile(name);
         commit = false;
     } else if (key == "monitor-profile") {
@@ -154,7 +155,7 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
         if (value != "on" && value != "off") throw CCliError(EExit::Usage, "settings: proof is on or off");
         proof = value == "on";
     } else if (key == "proof-profile") {
-        proofProfile = CString(NameInColourDirectory(LoadProfileSource(value, &manager), manager, true));
+        proofProfile = CString(NameInColourDirectory(ResolveProfile(value, &manager), manager, true));
     } else if (key == "gamma") {
         if (words.size() != 4) throw CCliError(EExit::Usage, "settings: gamma takes three numbers");
         double g[3];
