@@ -11,10 +11,12 @@
 
 #include "cli/Errors.h"
 #include "cli/ProfileHeader.h"
+#include "cli/ProfileNames.h"
 #include "cli/SessionSettings.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
 #include "colormgr/ColorManager.h"
+#include "icc/ICCReadColorProfile.h"
 
 namespace teskcolor {
 
@@ -136,6 +138,22 @@ std::string KeepForThisRun(const std::vector<uint8_t>& bytes, const std::string&
     return files.back()->TempPath();
 }
 
+namespace {
+
+// The profile's description as the module reads it, "" when it has none.
+std::string DescriptionOf(const SProfileSource& profile) {
+    std::vector<uint8_t> block = profile.bytes;  // the reader keeps and may touch it
+    CICCReadColorProfile reader;
+    bool valid = true;
+    CString text;
+    if (block.empty() || !reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid) ||
+        !reader.GetDescription(text))
+        return "";
+    return text.Utf8();
+}
+
+}  // namespace
+
 std::wstring NameInColourDirectory(const SProfileSource& profile, CColorManager& manager, bool install) {
     const std::string directory = ColourDirectory(manager);
     const std::string fileName = profile.file.empty() ? "" : fs::path(profile.file).filename().string();
@@ -143,14 +161,25 @@ std::wstring NameInColourDirectory(const SProfileSource& profile, CColorManager&
     if (!fileName.empty() && fs::is_regular_file(directory + "/" + fileName, error) &&
         ReadFileBytes(directory + "/" + fileName) == profile.bytes)
         return tesk::path::Wide(fileName);
-    if (install && !fileName.empty()) {
-        const std::wstring source = tesk::path::ToWindows(fs::absolute(profile.file).string());
-        if (!manager.InstallColorProfileW(source.c_str()))
-            throw CCliError(EExit::Failed, profile.origin + ": the colour system refused to install it");
-        return tesk::path::Wide(fileName);
-    }
     fs::create_directories(directory, error);
-    return tesk::path::Wide(fs::path(KeepForThisRun(profile.bytes, directory)).filename().string());
+    if (!install) return tesk::path::Wide(fs::path(KeepForThisRun(profile.bytes, directory)).filename().string());
+
+    // Named after its file, or, for an embedded profile, after its description.
+    const std::string wanted = fileName.empty()
+                                   ? ProfileFileNameFrom(DescriptionOf(profile), ".icc")
+                                   : ProfileFileNameFrom(fs::path(fileName).stem().string(), fs::path(fileName).extension().string());
+    const std::string target = FreeProfilePath(directory, wanted, profile.bytes);
+    if (!fs::exists(target, error)) {
+        COutputFile file(target);
+        if (std::fwrite(profile.bytes.data(), 1, profile.bytes.size(), file.Stream()) != profile.bytes.size())
+            throw CCliError(EExit::WriteFailed, target + ": cannot write the profile");
+        file.Commit();
+    }
+    if (!manager.InstallColorProfileW(tesk::path::ToWindows(target).c_str()))
+        throw CCliError(EExit::Failed, profile.origin + ": the colour system refused to install it");
+    const std::string name = fs::path(target).filename().string();
+    std::printf("installed %s in the colour directory as \"%s\"\n", profile.origin.c_str(), name.c_str());
+    return tesk::path::Wide(name);
 }
 
 }  // namespace teskcolor
