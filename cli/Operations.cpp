@@ -70,6 +70,17 @@ EVPixelFormat WithoutAlpha(EVPixelFormat format) {
     }
 }
 
+// The RGB layout of the same depth, alpha kept.
+EVPixelFormat RgbOf(EVPixelFormat format) {
+    switch (format) {
+        case VPF_GREY_8: return VPF_RGB_8;
+        case VPF_GREY_16: return VPF_RGB_16;
+        case VPF_GREY_ALPHA_8: return VPF_RGBA_8;
+        case VPF_GREY_ALPHA_16: return VPF_RGBA_16;
+        default: return format;
+    }
+}
+
 CRowIterator Copy(const CRowIterator& source, EVPixelFormat format) {
     CRowIterator copy;
     if (!copy.Create(source.GetWidth(), source.GetHeight(), format) || !RowIterator::CopyRect(copy, source))
@@ -100,7 +111,7 @@ SImage Prepared(const SImage& image, bool convert) {
     const bool grey = CVPixelFormat::IsGreyscale(format);
     // Grey becomes neutral RGB: the module's grey paths treat rows as RGB.
     if (grey || convert)
-        prepared.pixels = Copy(image.pixels, grey ? WithoutAlpha(format) : format);
+        prepared.pixels = Copy(image.pixels, grey ? RgbOf(format) : format);
     else
         prepared.pixels = image.pixels;
     return prepared;

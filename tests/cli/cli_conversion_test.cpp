@@ -214,5 +214,17 @@ TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     EXPECT_EQ(files, 8u);  // no temporaries left
 }
 
+TEST_F(CliConversion, GreyWithAlphaConvertsToRgbTaggedWithTheTarget) {
+    const SImage grey = PatternImage(16, 8, VPF_GREY_ALPHA_8);
+    WriteImage(Path("grey-alpha.png"), grey);
+    tesk::test::WriteBytes(Path("srgb.icc"), SrgbProfileBytes());
+    Run({"convert", "--from", Path("srgb.icc"), Path("grey-alpha.png"), Path("out.png")});
+    const SImage out = ReadImage(Path("out.png"));
+    ASSERT_EQ(out.pixels.GetPixelFormat(), VPF_RGBA_8);
+    EXPECT_FALSE(out.iccProfile.empty());
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 16; ++x) EXPECT_EQ(out.pixels.GetRow(y)[4 * x + 3], grey.pixels.GetRow(y)[2 * x + 1]);
+}
+
 }  // namespace
 }  // namespace teskcolor::test
