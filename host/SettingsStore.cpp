@@ -12,7 +12,9 @@
 
 #include "host/SingletonManager.h"
 
-// The file holds one JSON object: "group/id" -> {"int": n} | {"text": s} | {"double": d}.
+// The file holds one JSON object: key -> {"int": n} | {"text": s} | {"double": d}.
+// The colour settings have named keys ("working-space"); other entries, and
+// files written before the names, use "group/id", which is still read.
 // A write takes an exclusive lock, reads what is on disk, changes one entry
 // and replaces the file by rename, so concurrent writers lose nothing and a
 // crash leaves either the old or the new file.
@@ -20,7 +22,24 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string EntryKey(int group, int id) { return std::to_string(group) + "/" + std::to_string(id); }
+std::string NumberedKey(int group, int id) { return std::to_string(group) + "/" + std::to_string(id); }
+
+std::string EntryKey(int group, int id) {
+    struct SNamed {
+        int id;
+        const char* name;
+    };
+    static constexpr int kColourGroup = 169;
+    static constexpr SNamed kColourKeys[] = {
+        {170, "mode"},          {171, "proof"},        {172, "monitor-profile"}, {173, "printer-profile"},
+        {174, "proof-profile"}, {175, "working-space"}, {176, "cmyk-profile"},   {177, "intent"},
+        {178, "proof-intent"},  {179, "gamma-blue"},   {180, "gamma-green"},     {181, "gamma-red"},
+        {182, "embedded"}};
+    if (group == kColourGroup)
+        for (const SNamed& key : kColourKeys)
+            if (key.id == id) return key.name;
+    return NumberedKey(group, id);
+}
 
 Json ReadFile(const std::string& path) {
     std::ifstream in(path);
@@ -73,6 +92,7 @@ public:
             m_loaded = true;
         }
         auto entry = m_values.find(EntryKey(group, id));
+        if (entry == m_values.end()) entry = m_values.find(NumberedKey(group, id));
         if (entry == m_values.end() || !entry->is_object() || !entry->contains(kind)) return false;
         value = (*entry)[kind];
         return true;
@@ -82,6 +102,7 @@ public:
         std::lock_guard lock(m_mutex);
         FileLock fileLock(m_path);
         Json merged = ReadFile(m_path);
+        merged.erase(NumberedKey(group, id));
         merged[EntryKey(group, id)] = Json{{kind, value}};
         m_values = merged;
         m_loaded = true;
@@ -92,7 +113,8 @@ public:
         std::lock_guard lock(m_mutex);
         FileLock fileLock(m_path);
         Json merged = ReadFile(m_path);
-        bool existed = merged.erase(EntryKey(group, id)) > 0;
+        bool existed = merged.erase(NumberedKey(group, id)) > 0;
+        existed = merged.erase(EntryKey(group, id)) > 0 || existed;
         m_values = merged;
         m_loaded = true;
         return existed && tesk::path::WriteFileAtomically(m_path, merged.dump(1) + "\n");

@@ -4,6 +4,8 @@
 #include <tiffio.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "cli/imageio/ImageFile.h"
 #include "cli_runner.h"
@@ -212,6 +214,19 @@ TEST_F(CliErrors, RunOnlyOverridesLeaveTheStoredSettingsAlone) {
     const std::string after = RunTeskcolor({"settings", "show"}).out;
     EXPECT_NE(after.find("FOGRA39"), std::string::npos) << after;
     EXPECT_NE(after.find("intent           saturation (2)"), std::string::npos) << after;
+}
+
+TEST_F(CliErrors, SettingsFileHasNamedKeysAndOldFilesAreRead) {
+    fs::create_directories(env_.ConfigDir() + "/teskcolor");
+    const std::string file = env_.ConfigDir() + "/teskcolor/settings.json";
+    tesk::test::WriteBytes(file, {});
+    std::ofstream(file) << R"({"169/177": {"int": 2}})";
+    EXPECT_NE(RunTeskcolor({"settings", "show"}).out.find("saturation (2)"), std::string::npos);
+    ASSERT_EQ(RunTeskcolor({"settings", "set", "intent", "absolute"}).code, 0);
+    std::stringstream text;
+    text << std::ifstream(file).rdbuf();
+    EXPECT_NE(text.str().find("\"intent\""), std::string::npos) << text.str();
+    EXPECT_EQ(text.str().find("169/177"), std::string::npos) << text.str();
 }
 
 }  // namespace
