@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <map>
+#include <optional>
 #include <type_traits>
 #include <string>
 #include <utility>
@@ -183,5 +184,24 @@ void RegisterSessionSettingsStore() {
 }
 
 void KeepWritesForThisRun() { Overlay().active = true; }
+
+void SetForThisRun(int group, int id, int value) {
+    KeepWritesForThisRun();
+    Overlay().values[{group, id}] = value;
+}
+
+std::optional<int> StoredInt(int group, int id) {
+    RegisterSessionSettingsStore();
+    auto* store = static_cast<IVSettingsStore*>(CSingletonManager::Instance().GetInstanceVoid(kSettingsStoreGUID));
+    if (!store) return std::nullopt;
+    if (IVError* error = store->Prepare()) error->Release();
+    IVSettingsGroup* opened = nullptr;
+    if (IVError* error = store->OpenGroup(group, &opened)) error->Release();
+    if (!opened) return std::nullopt;
+    int value = 0;
+    const bool read = opened->ReadInt(id, value);
+    opened->Release();
+    return read ? std::optional<int>(value) : std::nullopt;
+}
 
 }  // namespace teskcolor

@@ -7,6 +7,7 @@
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/PlateFiles.h"
+#include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 
@@ -16,15 +17,16 @@ namespace {
 
 struct SCombineOptions {
     bool inkAmounts = false;
+    std::optional<int> intent;
     std::string cmyk;
     std::vector<std::string> files;
 };
 
-void WriteResult(const std::string& output, const SImage& rgb, CProgressBar& progress) {
+void WriteResult(const std::string& output, const SImage& rgb, CProgressBar& progress, const std::string& intent) {
     progress.Phase("writing");
     WriteImage(output, rgb, progress.Status());
     progress.Finish();
-    std::printf("wrote %s\n", output.c_str());
+    std::printf("%s\nwrote %s\n", intent.c_str(), output.c_str());
 }
 
 int Run(const SCombineOptions& options) {
@@ -32,6 +34,7 @@ int Run(const SCombineOptions& options) {
     if (words.size() != 2 && words.size() != 5)
         throw CCliError(EExit::Usage, "combine: give CYAN MAGENTA YELLOW BLACK OUTPUT, or INPUT OUTPUT");
     const std::string output = words.back();
+    const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
     CProgressBar progress("reading");
@@ -43,7 +46,7 @@ int Run(const SCombineOptions& options) {
             const SImage packed = ReadImage(words[0], progress.Status());
             if (packed.cmyk) {
                 progress.Phase("combining");
-                WriteResult(output, CombinePacked(manager, packed, progress.Status()), progress);
+                WriteResult(output, CombinePacked(manager, packed, progress.Status()), progress, intent);
                 return 0;
             }
         }
@@ -59,7 +62,7 @@ int Run(const SCombineOptions& options) {
         if (options.inkAmounts) ComplementPlate(plates[i]);
     }
     progress.Phase("combining");
-    WriteResult(output, CombinePlates(manager, plates, progress.Status()), progress);
+    WriteResult(output, CombinePlates(manager, plates, progress.Status()), progress, intent);
     return 0;
 }
 
@@ -79,6 +82,7 @@ SCommand AddCombineCommand(CLI::App& root) {
     command->add_flag("--ink-amounts", options->inkAmounts,
                       "the plates hold ink amounts (0 = no ink), as plain 'separate' makes them");
     AddCmykOption(*command, options->cmyk);
+    AddIntentOption(*command, options->intent);
     command->add_option("FILES", options->files, "CYAN MAGENTA YELLOW BLACK OUTPUT, or PLATES.tif|CMYK.tif OUTPUT")
         ->required();
     return {command, [options] { return Run(*options); }};

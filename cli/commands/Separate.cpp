@@ -8,6 +8,7 @@
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/PlateFiles.h"
+#include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 
@@ -17,6 +18,7 @@ namespace {
 
 struct SSeparateOptions {
     bool invert = false, packed = false;
+    std::optional<int> intent;
     std::string cmyk, input, output;
 };
 
@@ -25,6 +27,7 @@ int Run(const SSeparateOptions& options) {
     if (options.packed ? type != EImageType::Tiff : (!type || *type == EImageType::Jpeg))
         throw CCliError(EExit::Usage, options.packed ? "separate: --packed writes a .tif file"
                                                      : "separate: plates are written as .tif or .png");
+    const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
 
@@ -32,11 +35,12 @@ int Run(const SSeparateOptions& options) {
     if (options.packed) {
         SeparateFileToPacked(manager, options.input, options.output, progress.Status());
         progress.Finish();
-        std::printf("wrote %s\n", options.output.c_str());
+        std::printf("%s\nwrote %s\n", intent.c_str(), options.output.c_str());
         return 0;
     }
     const auto written = SeparateFileToPlates(manager, options.input, options.output, options.invert, progress.Status());
     progress.Finish();
+    std::printf("%s\n", intent.c_str());
     for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
     return 0;
 }
@@ -59,6 +63,7 @@ SCommand AddSeparateCommand(CLI::App& root) {
     command->add_flag("--packed", options->packed, "one CMYK TIFF (8-bit ink amounts) carrying the CMYK profile")
         ->excludes(invert);
     AddCmykOption(*command, options->cmyk);
+    AddIntentOption(*command, options->intent);
     command->add_option("INPUT", options->input, "the RGB or grey image")->required();
     command->add_option("OUTPUT", options->output, "PLATES.tif|PLATES.png, or OUTPUT.tif with --packed")->required();
     return {command, [options] { return Run(*options); }};
