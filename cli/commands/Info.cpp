@@ -9,6 +9,7 @@
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/ProfileFileValues.h"
 #include "cli/ProfileHeader.h"
 #include "cli/imageio/OutputFile.h"
 #include "colormgr/ColorManager.h"
@@ -76,15 +77,29 @@ Json CurveJson(CICCReadColorProfile& reader, unsigned long tag) {
 Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json out{{"source", profile.origin}, {"bytes", profile.bytes.size()}};
     auto header = ParseProfileHeader(profile.bytes.data(), profile.bytes.size());
-    if (header) out["header"] = HeaderJson(*header);
+    if (header && header->signature == 0x61637370) out["header"] = HeaderJson(*header);  // 'acsp': a header to show
 
     // The module may touch the block while it checks it; it gets a copy.
     std::vector<uint8_t> block = profile.bytes;
     CICCReadColorProfile reader;
     bool valid = true;
     const bool opened = !block.empty() && reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid);
-    out["verdict"] = opened ? "valid" : valid ? "refused" : "invalid";
-    if (!opened) return out;
+    if (!opened) {
+        // Valid for what it is, though no image transform can use it.
+        if (const std::string kind = NonImageProfileKind(profile.bytes); !kind.empty()) {
+            out["verdict"] = "valid";
+            out["use"] = kind;
+            out["file_values"] = ProfileFileValues(profile.bytes);
+            return out;
+        }
+        const std::string reason = ProfileRefusalReason(profile.bytes);
+        out["verdict"] = valid ? "refused" : "invalid";
+        out["reason"] = !reason.empty() ? reason
+                        : !valid        ? "the colour manager's check found it damaged (see --verbose)"
+                                        : "the colour manager's reader could not decode it (see --verbose)";
+        return out;
+    }
+    out["verdict"] = "valid";
 
     CString text;
     if (reader.GetDescription(text)) out["description"] = text.Utf8();
@@ -93,7 +108,8 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json curves = Json::object();
     for (unsigned long tag : {0x72545243ul, 0x67545243ul, 0x62545243ul, 0x6B545243ul})
         if (reader.DoesProfileTagExist(tag)) curves[SignatureText(uint32_t(tag))] = CurveJson(reader, tag);
-    out["curves"] = curves;
+    Json analysis = Json::object();
+    analysis["curves"] = curves;
 
     Json colorimetry = Json::object();
     SMyXYZNumber xyz{};
@@ -103,7 +119,7 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     if (reader.GetMediaBlackPoint(xyz)) colorimetry["black_point"] = Xyz(xyz);
     double adaptation[9];
     if (reader.GetChromaticAdaptationTag(adaptation)) colorimetry["chromatic_adaptation"] = adaptation;
-    out["colorimetry"] = colorimetry;
+    analysis["colorimetry"] = colorimetry;
 
     Json classification = Json::object();
     SColorSpecRGB colorSpec{};
@@ -121,7 +137,9 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     classification["cmyk_printer"] = byName.IsProfileCMYK(path);
     classification["same_as_working_space"] = manager.CompareProfileVersusWorkingSpace(reader);
     classification["same_as_cmyk_profile"] = manager.CompareProfileVersusCMYKProfile(reader);
-    out["classification"] = classification;
+    analysis["classification"] = classification;
+    out["module_analysis"] = analysis;
+    out["file_values"] = ProfileFileValues(profile.bytes);
     return out;
 }
 
@@ -166,8 +184,9 @@ SCommand AddInfoCommand(CLI::App& root) {
         root, "info", "check and analyse a profile or an image's embedded profile",
         "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
         "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
-        "check's verdict, header fields, description and copyright, tone curves, colorants and\n"
-        "white point, and how the module classifies it.\n"
+        "check's verdict (and why a file is refused), header fields, description and copyright;\n"
+        "the module's analysis (its readings of the tone curves, colorants and white point, and\n"
+        "how it classifies the profile) beside the values the file holds, as Little CMS reads them.\n"
         "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output).",
         "teskcolor info --json AdobeRGB1998.icc");
     command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");

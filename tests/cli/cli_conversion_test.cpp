@@ -44,16 +44,16 @@ TEST_F(CliConversion, InfoJsonOnTheSharedCMYKProfiles) {
         EXPECT_EQ(info["header"]["size"], fs::file_size(Profile(name)));
         EXPECT_NE(info["description"].get<std::string>().find(std::string(name).substr(0, 4)), std::string::npos);
         EXPECT_FALSE(info["copyright"].get<std::string>().empty());
-        EXPECT_EQ(info["classification"]["cmyk_printer"], true);
-        EXPECT_EQ(info["classification"]["working_space"], false);
+        EXPECT_EQ(info["module_analysis"]["classification"]["cmyk_printer"], true);
+        EXPECT_EQ(info["module_analysis"]["classification"]["working_space"], false);
         // Paper white: a little darker and yellower than the D50 illuminant.
-        const auto white = info["colorimetry"]["white_point"];
+        const auto white = info["module_analysis"]["colorimetry"]["white_point"];
         EXPECT_GT(white[1].get<double>(), 0.7);
         EXPECT_LE(white[1].get<double>(), 1.0);
     }
     // The SWOP profile is the default CMYK profile here; the FOGRA one is not.
     const auto swop = nlohmann::json::parse(RunTeskcolor({"info", "--json", Profile("SWOP Coated (TR003).icc")}).out);
-    EXPECT_EQ(swop["classification"]["same_as_cmyk_profile"], true);
+    EXPECT_EQ(swop["module_analysis"]["classification"]["same_as_cmyk_profile"], true);
 }
 
 TEST_F(CliConversion, InfoReportsAnImagesEmbeddedProfileAndRefusesGarbage) {
@@ -62,10 +62,10 @@ TEST_F(CliConversion, InfoReportsAnImagesEmbeddedProfileAndRefusesGarbage) {
     WriteImage(Path("tagged.png"), image);
     const auto info = nlohmann::json::parse(RunTeskcolor({"info", "--json", Path("tagged.png")}).out);
     EXPECT_EQ(info["header"]["colour_space"], "RGB ");
-    EXPECT_EQ(info["curves"]["rTRC"]["type"], "para");
-    EXPECT_EQ(info["curves"]["rTRC"]["function_type"], 3);
+    EXPECT_EQ(info["module_analysis"]["curves"]["rTRC"]["type"], "para");
+    EXPECT_EQ(info["module_analysis"]["curves"]["rTRC"]["function_type"], 3);
     // A monitor-class profile counts as a working space only with single-gamma curves.
-    EXPECT_EQ(info["classification"]["working_space"], false);
+    EXPECT_EQ(info["module_analysis"]["classification"]["working_space"], false);
 
     std::vector<uint8_t> garbage = SrgbProfileBytes();
     for (size_t i = 36; i < 40; ++i) garbage[i] = 'x';  // no signature byte left
@@ -81,9 +81,9 @@ TEST_F(CliConversion, MadeProfileReadsBackWithItsGamma) {
     EXPECT_EQ(info["verdict"], "valid");
     EXPECT_EQ(info["description"], "Test display");
     EXPECT_EQ(info["header"]["class"], "mntr");
-    EXPECT_NEAR(info["curves"]["gTRC"]["gamma"].get<double>(), 1.8, 1.0 / 256);
-    EXPECT_NEAR(info["colorimetry"]["rXYZ"][0].get<double>(), 0.6097, 1e-4);
-    EXPECT_EQ(info["classification"]["working_space"], true);
+    EXPECT_NEAR(info["module_analysis"]["curves"]["gTRC"]["gamma"].get<double>(), 1.8, 1.0 / 256);
+    EXPECT_NEAR(info["module_analysis"]["colorimetry"]["rXYZ"][0].get<double>(), 0.6097, 1e-4);
+    EXPECT_EQ(info["module_analysis"]["classification"]["working_space"], true);
     // lcms2 reads it as the same colour space.
     cmsHPROFILE profile = cmsOpenProfileFromFile(Path("d.icc").c_str(), "r");
     ASSERT_NE(profile, nullptr);
@@ -238,6 +238,33 @@ TEST_F(CliConversion, SeparationSaysItsIntentAndTakesOneForTheRun) {
     Run({"separate", "--packed", "--intent", "perceptual", Path("c.tif"), Path("chosen.tif")});
     EXPECT_EQ(tesk::test::ReadBytes(Path("chosen.tif")), tesk::test::ReadBytes(Path("plain.tif")));
     EXPECT_NE(tesk::test::ReadBytes(Path("proofing.tif")), tesk::test::ReadBytes(Path("plain.tif")));
+}
+
+TEST_F(CliConversion, InfoSaysWhyAndShowsTheFilesOwnValues) {
+    const std::vector<uint8_t> srgb = SrgbProfileBytes();
+    std::vector<uint8_t> truncated(srgb.begin(), srgb.begin() + 200);
+    tesk::test::WriteBytes(Path("truncated.icc"), truncated);
+    tesk::test::WriteBytes(Path("text.icc"), std::vector<uint8_t>(300, 'x'));
+    for (const auto& [file, reason] : {std::pair<std::string, std::string>{"truncated.icc", "truncated: header says"},
+                                       {"text.icc", "no 'acsp' signature"}}) {
+        const SRun run = RunTeskcolor({"info", "--json", Path(file)});
+        EXPECT_EQ(run.code, 4) << file;
+        EXPECT_NE(nlohmann::json::parse(run.out)["reason"].get<std::string>().find(reason), std::string::npos) << file;
+    }
+    tesk::test::WriteBytes(Path("srgb.icc"), srgb);
+    const SRun run = RunTeskcolor({"info", "--json", Path("srgb.icc")});
+    ASSERT_EQ(run.code, 0) << run.err;
+    const auto values = nlohmann::json::parse(run.out)["file_values"];
+    EXPECT_EQ(values["rTRC"]["parametric_type"], 4);
+    double smallest = 1;
+    for (const auto& entry : values["chromatic_adaptation"]) smallest = std::min(smallest, entry.get<double>());
+    EXPECT_LT(smallest, 0) << values.dump();
+
+    const std::string named = "/usr/share/color/icc/colord/x11-colors.icc";
+    if (!fs::exists(named)) GTEST_SKIP() << "colord-data is not installed";
+    const SRun namedRun = RunTeskcolor({"info", "--json", named});
+    EXPECT_EQ(namedRun.code, 0) << namedRun.out;
+    EXPECT_NE(namedRun.out.find("named-colour"), std::string::npos);
 }
 
 }  // namespace
