@@ -4,11 +4,15 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <list>
+#include <vector>
 
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/ProfileDescription.h"
 #include "cli/imageio/OutputFile.h"
 #include "icc/ICCWriteColorProfile.h"
 
@@ -26,6 +30,13 @@ constexpr SPrimaries kPrimaries[] = {
     {"srgb", {0.4360, 0.2225, 0.0139}, {0.3851, 0.7169, 0.0971}, {0.1431, 0.0606, 0.7141}},
     {"adobe", {0.6097, 0.3111, 0.0195}, {0.2053, 0.6257, 0.0609}, {0.1492, 0.0632, 0.7446}},
 };
+
+constexpr size_t kSrgbCurveEntries = 1024;
+
+std::vector<uint8_t> ReadProfileFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
+}
 
 struct SMakeProfileOptions {
     std::string primaries = "srgb";
@@ -66,15 +77,18 @@ int Run(const SMakeProfileOptions& options) {
     SMyXYZNumber black{0.0, 0.0, 0.0};
     ok = ok && writer.SetXYZColorant(red, 0x7258595A) && writer.SetXYZColorant(green, 0x6758595A) &&
          writer.SetXYZColorant(blue, 0x6258595A) && writer.SetMediaWhitePoint(white) && writer.SetMediaBlackPoint(black);
+    // The sRGB curve of IEC 61966-2-1 as a sampled curve: the writer's own
+    // parametric layout is one that other readers do not take.
+    std::vector<uint16_t> srgbCurve(kSrgbCurveEntries);
+    for (size_t i = 0; i < srgbCurve.size(); ++i) {
+        const double v = double(i) / double(srgbCurve.size() - 1);
+        const double linear = v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        srgbCurve[i] = uint16_t(std::lround(linear * 65535.0));
+    }
     for (unsigned long tag : {0x72545243ul, 0x67545243ul, 0x62545243ul}) {
-        if (gamma) {
-            SICCCurveType curve{1, nullptr, float(*gamma)};
-            ok = ok && writer.SetTRCCurveType(tag, curve);
-        } else {
-            // The sRGB curve as IEC 61966-2-1 gives it: parametric function type 3.
-            SICCParametricCurveType curve{2.4, 3, 4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045, 0.0};
-            ok = ok && writer.SetTRCParametricCurveType(tag, curve);
-        }
+        SICCCurveType curve = gamma ? SICCCurveType{1, nullptr, float(*gamma)}
+                                    : SICCCurveType{uint32_t(srgbCurve.size()), srgbCurve.data(), 0.0f};
+        ok = ok && writer.SetTRCCurveType(tag, curve);
     }
     writer.SetHeaderClass(0x6D6E7472);
     writer.SetHeaderDataColorSpace(0x52474220);
@@ -84,6 +98,13 @@ int Run(const SMakeProfileOptions& options) {
     if (!ok || result != CM_PROFILE_VALID)
         throw CCliError(EExit::WriteFailed, output + ": the profile writer " +
                                                 (ok ? "produced a profile the colour system rejects" : "failed"));
+    // The writer puts the text into the ASCII part alone; both parts get it in their own form.
+    const std::vector<uint8_t> described =
+        WithDescription(ReadProfileFile(file.TempPath()), description.front());
+    std::ofstream rewritten(file.TempPath(), std::ios::binary | std::ios::trunc);
+    if (!rewritten.write(reinterpret_cast<const char*>(described.data()), std::streamsize(described.size())).flush())
+        throw CCliError(EExit::WriteFailed, output + ": cannot write the profile");
+    rewritten.close();
     file.Commit();
     std::printf("wrote %s (%s)\n", output.c_str(), description.front().c_str());
     return 0;

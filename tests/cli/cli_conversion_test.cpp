@@ -267,5 +267,37 @@ TEST_F(CliConversion, InfoSaysWhyAndShowsTheFilesOwnValues) {
     EXPECT_NE(namedRun.out.find("named-colour"), std::string::npos);
 }
 
+TEST_F(CliConversion, EveryMakeProfileCombinationWritesAValidProfile) {
+    for (const auto& options : std::vector<std::vector<std::string>>{
+             {}, {"--primaries", "adobe"}, {"--primaries", "srgb", "--gamma", "1.8"}, {"--gamma", "2.2"}}) {
+        std::vector<std::string> args = {"make-profile"};
+        args.insert(args.end(), options.begin(), options.end());
+        args.push_back(Path("made.icc"));
+        const SRun made = RunTeskcolor(args);
+        ASSERT_EQ(made.code, 0) << made.err;
+        cmsHPROFILE profile = cmsOpenProfileFromFile(Path("made.icc").c_str(), "r");
+        EXPECT_NE(profile, nullptr);
+        if (profile) cmsCloseProfile(profile);
+        EXPECT_EQ(RunTeskcolor({"info", Path("made.icc")}).code, 0);
+    }
+}
+
+// The description's ASCII part holds 7-bit text, its Unicode part the text itself.
+TEST_F(CliConversion, DescriptionIsAsciiAndUnicodeInTheirOwnParts) {
+    Run({"make-profile", "--description", "Mon \u00e9cran", Path("mon.icc")});
+    cmsHPROFILE profile = cmsOpenProfileFromFile(Path("mon.icc").c_str(), "r");
+    ASSERT_NE(profile, nullptr);
+    std::vector<uint8_t> tag(512);
+    tag.resize(cmsReadRawTag(profile, cmsSigProfileDescriptionTag, tag.data(), cmsUInt32Number(tag.size())));
+    cmsCloseProfile(profile);
+    ASSERT_GT(tag.size(), 40u);
+    const std::string ascii(reinterpret_cast<const char*>(tag.data() + 12));
+    EXPECT_EQ(ascii, "Mon ?cran");
+    const size_t unicode = 12 + ascii.size() + 1;
+    ASSERT_EQ(tag[unicode + 7], 10);  // nine characters and the NUL
+    const std::vector<uint8_t> units(tag.begin() + std::ptrdiff_t(unicode + 8), tag.begin() + std::ptrdiff_t(unicode + 26));
+    EXPECT_EQ(units, (std::vector<uint8_t>{0, 'M', 0, 'o', 0, 'n', 0, ' ', 0, 0xE9, 0, 'c', 0, 'r', 0, 'a', 0, 'n'}));
+}
+
 }  // namespace
 }  // namespace teskcolor::test
