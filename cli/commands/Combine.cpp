@@ -72,15 +72,17 @@ SCommand AddCombineCommand(CLI::App& root) {
     auto options = std::make_shared<SCombineOptions>();
     CLI::App* command = AddSubcommand(
         root, "combine", "recombine four plates, or a CMYK TIFF, into an RGB image",
-        "Recombines four greyscale plates (255 = no ink, as 'separate --invert' makes them)\n"
-        "through the CMYK profile into an RGB image in the working space. PLATES.tif names\n"
-        "the four plates as 'separate' wrote them. A CMYK TIFF or JPEG is converted from its\n"
+        "Recombines four greyscale plates through the CMYK profile into an RGB image in the\n"
+        "working space. PLATES.tif names the four plates as 'separate' wrote them. A TIFF plate\n"
+        "says how it reads (MinIsWhite: ink amounts, as plain 'separate' writes them; MinIsBlack:\n"
+        "255 = no ink, as 'separate --invert' writes them). PNG cannot say it: PNG plates are\n"
+        "taken as 255 = no ink unless --ink-amounts. A CMYK TIFF or JPEG is converted from its\n"
         "embedded profile, or from the CMYK profile when it has none.\n"
         "reads: the plates (or the CMYK image), the CMYK and working-space profiles.\n"
         "writes: OUTPUT, RGB, tagged with the working-space profile.",
         "teskcolor combine plates.tif back.tif");
     command->add_flag("--ink-amounts", options->inkAmounts,
-                      "the plates hold ink amounts (0 = no ink), as plain 'separate' makes them");
+                      "PNG (or older MinIsBlack TIFF) plates hold ink amounts (0 = no ink)");
     AddCmykOption(*command, options->cmyk);
     AddIntentOption(*command, options->intent);
     command->add_option("FILES", options->files, "CYAN MAGENTA YELLOW BLACK OUTPUT, or PLATES.tif|CMYK.tif OUTPUT")

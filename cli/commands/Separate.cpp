@@ -55,6 +55,8 @@ SCommand AddSeparateCommand(CLI::App& root) {
         "PLATES-cyan, -magenta, -yellow and -black, of the input's depth. An embedded profile\n"
         "other than the working space is converted from first.\n"
         "reads: INPUT, the working-space and CMYK profiles.\n"
+        "TIFF plates record which way they read (MinIsWhite for ink amounts), so that 'combine'\n"
+        "takes them back as they are; PNG plates do not ('combine --ink-amounts' for those).\n"
         "writes: four plates named after OUTPUT (.tif or .png), or with --packed one CMYK TIFF\n"
         "carrying the CMYK profile.",
         "teskcolor separate photo.tif plates.tif");
