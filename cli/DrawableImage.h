@@ -16,6 +16,10 @@ namespace teskcolor {
 // `eightBit`), without alpha. CMYK images are refused.
 CRowIterator DrawableImage(CColorManager& manager, const std::string& path, bool eightBit);
 
+// The image scaled by `zoom` (nearest pixel), at least one pixel each way;
+// the same image when `zoom` is 1.
+CRowIterator ScaledImage(const CRowIterator& image, double zoom);
+
 struct SDeviceReleaser {
     void operator()(CVDeviceContext* device) const { device->Release(); }
 };

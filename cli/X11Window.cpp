@@ -20,6 +20,16 @@ void RequireDisplay(const std::string& command) {
     if (!name || !*name) throw CCliError(EExit::NoDisplay, command + " needs an X display, and DISPLAY is not set");
 }
 
+std::pair<int, int> ScreenSize() {
+    RequireDisplay("a window");
+    const char* name = std::getenv("DISPLAY");
+    Display* x = XOpenDisplay(name);
+    if (!x) throw CCliError(EExit::NoDisplay, std::string("cannot open the X display ") + name);
+    const std::pair<int, int> size{DisplayWidth(x, DefaultScreen(x)), DisplayHeight(x, DefaultScreen(x))};
+    XCloseDisplay(x);
+    return size;
+}
+
 struct CX11Window::SState {
     Display* display = nullptr;
     Window window = 0;

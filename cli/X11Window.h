@@ -15,6 +15,9 @@ namespace teskcolor {
 // Throws CCliError(NoDisplay) naming `command` when DISPLAY is unset.
 void RequireDisplay(const std::string& command);
 
+// The size of the screen DISPLAY names; throws as RequireDisplay does.
+std::pair<int, int> ScreenSize();
+
 class CX11Window {
 public:
     // Throws CCliError(NoDisplay) when DISPLAY is unset or the display cannot be opened.

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <algorithm>
 #include <optional>
 
 #include "cli/Commands.h"
@@ -21,6 +22,7 @@ namespace {
 struct SViewOptions {
     std::optional<std::string> screenshot;
     double timeout = -1;
+    std::optional<double> zoom;
     std::string image;
 };
 
@@ -28,7 +30,16 @@ int Run(const SViewOptions& options) {
     RequireDisplay("view");
     CColorManager& manager = ColourManager();
     const std::string& path = options.image;
-    const CRowIterator image = DrawableImage(manager, path, false);
+    const CRowIterator full = DrawableImage(manager, path, false);
+    // Fit the screen unless a zoom is asked for: a window larger than the
+    // screen can be neither seen nor captured whole.
+    const auto [screenWidth, screenHeight] = ScreenSize();
+    const double fit = std::min({1.0, 0.9 * screenWidth / full.GetWidth(), 0.9 * screenHeight / full.GetHeight()});
+    const double zoom = options.zoom.value_or(fit);
+    const CRowIterator image = ScaledImage(full, zoom);
+    if (zoom * full.GetWidth() > screenWidth || zoom * full.GetHeight() > screenHeight)
+        throw CCliError(EExit::Usage, "view: at that --zoom the image is larger than the screen");
+    if (zoom != 1.0) std::printf("shown at %.0f %%\n", zoom * 100);
     CX11Window window(image.GetWidth(), image.GetHeight(),
                       "teskcolor view: " + std::filesystem::path(path).filename().string());
     window.Show();
@@ -69,7 +80,8 @@ SCommand AddViewCommand(CLI::App& root) {
         root, "view", "show an image colour-managed in an X11 window",
         "Shows an image in an X11 window, colour-managed: from its embedded profile (or the\n"
         "working space) through the display transform to the monitor profile. Needs an X\n"
-        "display (DISPLAY). q or Escape closes the window.\n"
+        "display (DISPLAY). q or Escape closes the window. An image larger than the screen is\n"
+        "shown scaled to fit it, unless --zoom says otherwise.\n"
         "reads: IMAGE, the working-space and monitor profiles. writes: the screenshot, if asked.",
         "teskcolor view --timeout 0 --screenshot shown.png photo.jpg");
     command->add_option("--screenshot", options->screenshot, "write what the window shows to FILE (TIFF, PNG or JPEG)")
@@ -78,6 +90,8 @@ SCommand AddViewCommand(CLI::App& root) {
                         "close the window S seconds after it is first drawn (0: at once, after the screenshot)")
         ->type_name("S")
         ->check(CLI::Range(0.0, 1e6));
+    command->add_option("--zoom", options->zoom, "scale of the image on screen (default: 1, or smaller to fit the screen)")
+        ->check(CLI::Range(0.01, 16.0));
     command->add_option("IMAGE", options->image, "the image to show")->required();
     return {command, [options] { return Run(*options); }};
 }

@@ -208,6 +208,19 @@ TEST_F(DisplayCommandTest, ViewShowsTheImageThroughTheDisplayTransform) {
     EXPECT_TRUE(moved) << "gamma 2.2 to 1.8 moves mid-tones";
 }
 
+// An image larger than the 800 x 600 screen is fitted to it, and captured whole.
+TEST_F(DisplayCommandTest, ViewFitsALargeImageToTheScreen) {
+    const std::string large = env_.Root() + "/large.tif";
+    ASSERT_EQ(Teskcolor("chart --width 2000 --height 1000 " + Quoted(large)).code, 0);
+    const std::string shot = env_.Root() + "/shot.png";
+    SRun view = Teskcolor("view --screenshot " + Quoted(shot) + " --timeout 0 " + Quoted(large));
+    ASSERT_EQ(view.code, 0) << view.output;
+    const teskcolor::SImage screenshot = teskcolor::ReadImage(shot);
+    EXPECT_EQ(screenshot.pixels.GetWidth(), 720);
+    EXPECT_EQ(screenshot.pixels.GetHeight(), 360);
+    EXPECT_EQ(Teskcolor("view --zoom 2 --timeout 0 " + Quoted(large)).code, 2);
+}
+
 TEST_F(DisplayCommandTest, SetupSavesWhatTheDialogAccepts) {
     if (!tesk::test::HasXdotool()) GTEST_SKIP() << "xdotool is not available";
     const std::string suppressions = env_.Root() + "/lsan.supp";
