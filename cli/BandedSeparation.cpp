@@ -63,7 +63,11 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
         if (code != VELL_OK) ModuleFailure(code, "separation");
         for (size_t i = 0; i < 4; ++i) {
             // The plates' depth is the module's choice: the writers start with the first band.
-            if (!writers[i]) writers[i] = OpenImageBandWriter(paths[i], HeaderFor(plates[i], height, false, {}), options);
+            if (!writers[i]) {
+                SImageHeader header = HeaderFor(plates[i], height, false, {});
+                header.inkAmounts = !invert;
+                writers[i] = OpenImageBandWriter(paths[i], header, options);
+            }
             writers[i]->Append(plates[i]);
         }
     });

@@ -1,35 +1,29 @@
-// The subcommands of teskcolor. Each takes its arguments (after the command
-// name), prints its own help for --help, and returns the exit code; failures
-// are thrown as CCliError.
+// The subcommands of teskcolor. Each declares its command line on the root
+// parser and returns what runs when it is chosen; failures are thrown as
+// CCliError.
 #pragma once
-#include <string>
 #include <vector>
+
+#include "cli/CommandLine.h"
 
 namespace teskcolor {
 
-using Args = std::vector<std::string>;
+SCommand AddInfoCommand(CLI::App& root);
+SCommand AddConvertCommand(CLI::App& root);
+SCommand AddSeparateCommand(CLI::App& root);
+SCommand AddCombineCommand(CLI::App& root);
+SCommand AddProofCommand(CLI::App& root);
+SCommand AddProfilesCommand(CLI::App& root);
+SCommand AddSettingsCommand(CLI::App& root);
+SCommand AddMakeProfileCommand(CLI::App& root);
+SCommand AddChartCommand(CLI::App& root);
+SCommand AddDemoCommand(CLI::App& root);
+SCommand AddGammaCommand(CLI::App& root);
+SCommand AddViewCommand(CLI::App& root);
+SCommand AddPrintCommand(CLI::App& root);
+SCommand AddSetupCommand(CLI::App& root);
 
-int RunInfo(const Args& args);
-int RunConvert(const Args& args);
-int RunSeparate(const Args& args);
-int RunCombine(const Args& args);
-int RunProof(const Args& args);
-int RunProfiles(const Args& args);
-int RunSettings(const Args& args);
-int RunMakeProfile(const Args& args);
-int RunChart(const Args& args);
-int RunDemo(const Args& args);
-int RunGamma(const Args& args);
-int RunView(const Args& args);
-int RunPrint(const Args& args);
-int RunSetup(const Args& args);
-
-struct SCommand {
-    const char* name;
-    const char* summary;
-    int (*run)(const Args& args);
-};
-
-const std::vector<SCommand>& AllCommands();
+// Every subcommand, in the order `teskcolor --help` lists them.
+std::vector<SCommand> AddAllCommands(CLI::App& root);
 
 }  // namespace teskcolor

@@ -15,6 +15,7 @@ enum class EExit : int {
     Unsupported = 5,     // a pixel format or file layout that is not handled
     WrongProfile = 6,    // a profile of the wrong class or colour space
     WriteFailed = 7,     // an output file could not be written
+    NoDisplay = 8,       // a command that shows something found no display
 };
 
 class CCliError : public std::runtime_error {

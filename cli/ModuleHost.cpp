@@ -6,11 +6,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <set>
 
 #include "cli/Errors.h"
 #include "cli/ProfileHeader.h"
+#include "cli/ProfileNames.h"
 #include "cli/SessionSettings.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
@@ -37,12 +39,6 @@ CColorManager& ColourManager() {
     return *manager;
 }
 
-std::wstring ModuleProfileName(const std::string& argument) {
-    std::error_code error;
-    if (fs::is_regular_file(argument, error)) return tesk::path::ToWindows(fs::absolute(argument).string());
-    return tesk::path::Wide(argument);
-}
-
 std::string ColourDirectory(CColorManager& manager) {
     CString directory;
     manager.GetColorDirectoryW(directory, true);
@@ -66,27 +62,42 @@ bool IsImageFile(const std::string& path) {
 
 }  // namespace
 
-SProfileSource LoadProfileSource(const std::string& argument, CColorManager* manager) {
-    std::error_code error;
-    std::string path = argument;
-    if (!fs::is_regular_file(path, error) && argument.find('/') == std::string::npos) {
-        // A bare name: an installed profile, or one of the program's own beside the executable.
-        std::vector<std::string> places;
-        if (manager) places.push_back(ColourDirectory(*manager) + "/" + argument);
-        places.push_back(tesk::path::OwnProfileFolder() + "/" + argument);
-        for (const std::string& place : places)
-            if (fs::is_regular_file(place, error)) {
-                path = place;
-                break;
-            }
-    }
-    if (!fs::is_regular_file(path, error)) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
+namespace {
 
-    if (!IsImageFile(path)) return {ReadFileBytes(path), argument, path};
+// The file a profile argument names: the argument itself, else for a bare
+// name an installed profile or one of the program's own, with the extensions
+// the lists leave off.
+std::string ProfileFile(const std::string& argument, CColorManager* manager) {
+    std::error_code error;
+    if (fs::is_regular_file(argument, error)) return argument;
+    if (argument.empty() || argument.find('/') != std::string::npos) return "";
+    std::vector<std::string> folders;
+    if (manager) folders.push_back(ColourDirectory(*manager));
+    folders.push_back(tesk::path::OwnProfileFolder());
+    for (const std::string& folder : folders)
+        for (const char* extension : {"", ".icc", ".icm", ".ICC", ".ICM"})
+            if (fs::is_regular_file(folder + "/" + argument + extension, error)) return folder + "/" + argument + extension;
+    return "";
+}
+
+SProfileSource ReadProfileSource(const std::string& argument, CColorManager* manager) {
+    const std::string path = ProfileFile(argument, manager);
+    if (path.empty()) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
+    if (!IsImageFile(path)) return {ReadFileBytes(path), argument, path, tesk::path::ToWindows(fs::absolute(path).string())};
     // Only the header: the profile is all that is wanted of the image.
     SImageHeader image = ReadImageHeader(path);
     if (image.iccProfile.empty()) throw CCliError(EExit::NotFound, argument + ": the image carries no ICC profile");
-    return {std::move(image.iccProfile), argument + " (embedded)", ""};
+    const std::string kept = KeepForThisRun(image.iccProfile);
+    return {std::move(image.iccProfile), argument + " (embedded)", "", tesk::path::ToWindows(kept)};
+}
+
+}  // namespace
+
+const SProfileSource& ResolveProfile(const std::string& argument, CColorManager* manager) {
+    static std::map<std::string, SProfileSource> resolved;
+    auto found = resolved.find(argument);
+    if (found == resolved.end()) found = resolved.emplace(argument, ReadProfileSource(argument, manager)).first;
+    return found->second;
 }
 
 void RequireAcceptedProfile(const SProfileSource& profile) {
@@ -114,22 +125,22 @@ void RequireColourSpace(const SProfileSource& profile, uint32_t space, const std
 namespace teskcolor {
 
 namespace {
-SProfileSource ProfileByModuleName(const CString& name, const std::string& role) {
+const SProfileSource& ProfileByModuleName(const CString& name, const std::string& role) {
     if (name.IsEmpty()) throw CCliError(EExit::NotFound, "no " + role + " profile is set");
     std::string text = name.Utf8();
     if (text.find('\\') != std::string::npos || text.find(':') != std::string::npos)
         text = tesk::path::ToNative(name.GetString());
-    return LoadProfileSource(text, &ColourManager());
+    return ResolveProfile(text, &ColourManager());
 }
 }  // namespace
 
-SProfileSource WorkingSpaceProfile(CColorManager& manager) {
+const SProfileSource& WorkingSpaceProfile(CColorManager& manager) {
     CString name;
     manager.GetDefaultRGBString(name);
     return ProfileByModuleName(name, "working-space");
 }
 
-SProfileSource DefaultCMYKProfile(CColorManager& manager) {
+const SProfileSource& DefaultCMYKProfile(CColorManager& manager) {
     CString name;
     manager.GetDefaultCMYKString(name);
     return ProfileByModuleName(name, "CMYK");
@@ -149,6 +160,22 @@ std::string KeepForThisRun(const std::vector<uint8_t>& bytes, const std::string&
     return files.back()->TempPath();
 }
 
+namespace {
+
+// The profile's description as the module reads it, "" when it has none.
+std::string DescriptionOf(const SProfileSource& profile) {
+    std::vector<uint8_t> block = profile.bytes;  // the reader keeps and may touch it
+    CICCReadColorProfile reader;
+    bool valid = true;
+    CString text;
+    if (block.empty() || !reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid) ||
+        !reader.GetDescription(text))
+        return "";
+    return text.Utf8();
+}
+
+}  // namespace
+
 std::wstring NameInColourDirectory(const SProfileSource& profile, CColorManager& manager, bool install) {
     const std::string directory = ColourDirectory(manager);
     const std::string fileName = profile.file.empty() ? "" : fs::path(profile.file).filename().string();
@@ -156,14 +183,25 @@ std::wstring NameInColourDirectory(const SProfileSource& profile, CColorManager&
     if (!fileName.empty() && fs::is_regular_file(directory + "/" + fileName, error) &&
         ReadFileBytes(directory + "/" + fileName) == profile.bytes)
         return tesk::path::Wide(fileName);
-    if (install && !fileName.empty()) {
-        const std::wstring source = tesk::path::ToWindows(fs::absolute(profile.file).string());
-        if (!manager.InstallColorProfileW(source.c_str()))
-            throw CCliError(EExit::Failed, profile.origin + ": the colour system refused to install it");
-        return tesk::path::Wide(fileName);
-    }
     fs::create_directories(directory, error);
-    return tesk::path::Wide(fs::path(KeepForThisRun(profile.bytes, directory)).filename().string());
+    if (!install) return tesk::path::Wide(fs::path(KeepForThisRun(profile.bytes, directory)).filename().string());
+
+    // Named after its file, or, for an embedded profile, after its description.
+    const std::string wanted = fileName.empty()
+                                   ? ProfileFileNameFrom(DescriptionOf(profile), ".icc")
+                                   : ProfileFileNameFrom(fs::path(fileName).stem().string(), fs::path(fileName).extension().string());
+    const std::string target = FreeProfilePath(directory, wanted, profile.bytes);
+    if (!fs::exists(target, error)) {
+        COutputFile file(target);
+        if (std::fwrite(profile.bytes.data(), 1, profile.bytes.size(), file.Stream()) != profile.bytes.size())
+            throw CCliError(EExit::WriteFailed, target + ": cannot write the profile");
+        file.Commit();
+    }
+    if (!manager.InstallColorProfileW(tesk::path::ToWindows(target).c_str()))
+        throw CCliError(EExit::Failed, profile.origin + ": the colour system refused to install it");
+    const std::string name = fs::path(target).filename().string();
+    std::printf("installed %s in the colour directory as \"%s\"\n", profile.origin.c_str(), name.c_str());
+    return tesk::path::Wide(name);
 }
 
 }  // namespace teskcolor

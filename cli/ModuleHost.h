@@ -20,27 +20,28 @@ void UseDisplayFor(const std::string& command);
 // CCliError when the colour system cannot be loaded.
 CColorManager& ColourManager();
 
-// A profile argument as the module takes it: an existing file becomes its
-// absolute path in Windows form; anything else stays a bare name, which the
-// module looks up in the colour directory.
-std::wstring ModuleProfileName(const std::string& argument);
 // The colour directory as a Linux path.
 std::string ColourDirectory(CColorManager& manager);
 
-// A profile's bytes with where they came from.
+// A profile argument resolved: its bytes, where they came from, and the name
+// the module opens it by.
 struct SProfileSource {
     std::vector<uint8_t> bytes;
-    std::string origin;  // for messages: "a.icc", "photo.jpg (embedded)"
-    std::string file;    // a file holding exactly these bytes, "" for an embedded one
+    std::string origin;       // for messages: "a.icc", "photo.jpg (embedded)"
+    std::string file;         // a file holding exactly these bytes, "" for an embedded one
+    std::wstring moduleName;  // a file holding these bytes, absolute, in Windows form
 };
 
-// A profile file, an image's embedded profile, or an installed profile by
-// name. Throws NotFound when none of these exists or the image has none.
-SProfileSource LoadProfileSource(const std::string& argument, CColorManager* manager);
+// A profile file, an image's embedded profile, or an installed profile by any
+// name `profiles` prints (with or without .icc/.icm; the program's own CMYK
+// profiles too). Resolved and read once a run; later calls with the same
+// argument return the same object. Throws NotFound when none of these exists
+// or the image has none.
+const SProfileSource& ResolveProfile(const std::string& argument, CColorManager* manager);
 
 // The profiles the settings name (working space; default CMYK profile).
-SProfileSource WorkingSpaceProfile(CColorManager& manager);
-SProfileSource DefaultCMYKProfile(CColorManager& manager);
+const SProfileSource& WorkingSpaceProfile(CColorManager& manager);
+const SProfileSource& DefaultCMYKProfile(CColorManager& manager);
 
 // A file holding `bytes` for the rest of this run, removed when the program
 // ends; `folder` "" means the temporary folder.

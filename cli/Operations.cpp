@@ -46,11 +46,6 @@ uint32_t ColourSpaceOf(const std::vector<uint8_t>& profile) {
     return header ? header->dataColorSpace : 0;
 }
 
-std::wstring ModuleNameOf(const SProfileSource& source) {
-    const std::string file = source.file.empty() ? KeepForThisRun(source.bytes) : source.file;
-    return tesk::path::ToWindows(std::filesystem::absolute(file).string());
-}
-
 }  // namespace
 
 void ModuleFailure(int code, const std::string& what) {
@@ -71,6 +66,17 @@ EVPixelFormat WithoutAlpha(EVPixelFormat format) {
         case VPF_RGBA_16: return VPF_RGB_16;
         case VPF_GREY_8: return VPF_RGB_8;
         case VPF_GREY_16: return VPF_RGB_16;
+        default: return format;
+    }
+}
+
+// The RGB layout of the same depth, alpha kept.
+EVPixelFormat RgbOf(EVPixelFormat format) {
+    switch (format) {
+        case VPF_GREY_8: return VPF_RGB_8;
+        case VPF_GREY_16: return VPF_RGB_16;
+        case VPF_GREY_ALPHA_8: return VPF_RGBA_8;
+        case VPF_GREY_ALPHA_16: return VPF_RGBA_16;
         default: return format;
     }
 }
@@ -105,7 +111,7 @@ SImage Prepared(const SImage& image, bool convert) {
     const bool grey = CVPixelFormat::IsGreyscale(format);
     // Grey becomes neutral RGB: the module's grey paths treat rows as RGB.
     if (grey || convert)
-        prepared.pixels = Copy(image.pixels, grey ? WithoutAlpha(format) : format);
+        prepared.pixels = Copy(image.pixels, grey ? RgbOf(format) : format);
     else
         prepared.pixels = image.pixels;
     return prepared;
@@ -114,10 +120,10 @@ SImage Prepared(const SImage& image, bool convert) {
 }  // namespace
 
 void UseCMYKProfileForThisRun(CColorManager& manager, const std::string& profile) {
-    const SProfileSource source = LoadProfileSource(profile, &manager);
+    const SProfileSource& source = ResolveProfile(profile, &manager);
     RequireColourSpace(source, kCMYK, "the CMYK profile");
     KeepWritesForThisRun();
-    CString name(ModuleNameOf(source));
+    CString name(source.moduleName);
     manager.SetCMYKProfile(name);
 }
 
@@ -212,7 +218,7 @@ SImage ConvertImage(CColorManager& manager, const SImage& image, const std::stri
                     CStatusControl*) {
     SImage working = Prepared(image, true);
     std::vector<uint8_t> source = working.iccProfile;
-    if (!assumedSource.empty() && source.empty()) source = LoadProfileSource(assumedSource, &manager).bytes;
+    if (!assumedSource.empty() && source.empty()) source = ResolveProfile(assumedSource, &manager).bytes;
     if (source.empty())
         throw CCliError(EExit::NotFound, "the image carries no profile; name its profile with --from");
     if (ColourSpaceOf(source) != kRGB)
@@ -229,7 +235,7 @@ SImage ProofImage(CColorManager& manager, const SImage& image, const std::string
     SImage working = ToWorkingSpace(manager, image, status);
     std::wstring proofName;
     // The module finds the proof profile in the colour directory only.
-    if (!proofProfile.empty()) proofName = NameInColourDirectory(LoadProfileSource(proofProfile, &manager), manager, false);
+    if (!proofProfile.empty()) proofName = NameInColourDirectory(ResolveProfile(proofProfile, &manager), manager, false);
     KeepWritesForThisRun();
     std::wstring none;
     proofName.push_back(L'\0');
@@ -249,7 +255,7 @@ SImage ProofImage(CColorManager& manager, const SImage& image, const std::string
         std::string name = monitor.Utf8();
         if (name.find('\\') != std::string::npos) name = tesk::path::ToNative(monitor.GetString());
         try {
-            display.iccProfile = LoadProfileSource(name, &manager).bytes;
+            display.iccProfile = ResolveProfile(name, &manager).bytes;
         } catch (const CCliError&) {
             // A monitor profile that cannot be read leaves the proof untagged.
         }

@@ -273,4 +273,23 @@ void CSettingsChange::Commit() {
     }
 }
 
+void SetForThisRun(int group, int id, int value) {
+    KeepWritesForThisRun();
+    Overlay().values[{group, id}] = value;
+}
+
+std::optional<int> StoredInt(int group, int id) {
+    RegisterSessionSettingsStore();
+    auto* store = static_cast<IVSettingsStore*>(CSingletonManager::Instance().GetInstanceVoid(kSettingsStoreGUID));
+    if (!store) return std::nullopt;
+    if (IVError* error = store->Prepare()) error->Release();
+    IVSettingsGroup* opened = nullptr;
+    if (IVError* error = store->OpenGroup(group, &opened)) error->Release();
+    if (!opened) return std::nullopt;
+    int value = 0;
+    const bool read = opened->ReadInt(id, value);
+    opened->Release();
+    return read ? std::optional<int>(value) : std::nullopt;
+}
+
 }  // namespace teskcolor

@@ -4,6 +4,7 @@
 // a command calls KeepWritesForThisRun(), the module's setters change values
 // that only this process sees, and the user's saved settings stay as they were.
 #pragma once
+#include <optional>
 
 namespace teskcolor {
 
@@ -12,6 +13,11 @@ namespace teskcolor {
 void RegisterSessionSettingsStore();
 // From now on, writes stay in memory for this process.
 void KeepWritesForThisRun();
+// A value this process reads instead of the stored one (writes then stay in
+// memory too). Set before the colour manager starts, it starts with it.
+void SetForThisRun(int group, int id, int value);
+// What the store holds (with this run's values), nothing when unset.
+std::optional<int> StoredInt(int group, int id);
 
 // One change of the user's settings, however many values the module writes
 // for it: the writes are held until Commit, which applies to the settings

@@ -15,6 +15,21 @@
 
 namespace teskcolor {
 
+void RequireDisplay(const std::string& command) {
+    const char* name = std::getenv("DISPLAY");
+    if (!name || !*name) throw CCliError(EExit::NoDisplay, command + " needs an X display, and DISPLAY is not set");
+}
+
+std::pair<int, int> ScreenSize() {
+    RequireDisplay("a window");
+    const char* name = std::getenv("DISPLAY");
+    Display* x = XOpenDisplay(name);
+    if (!x) throw CCliError(EExit::NoDisplay, std::string("cannot open the X display ") + name);
+    const std::pair<int, int> size{DisplayWidth(x, DefaultScreen(x)), DisplayHeight(x, DefaultScreen(x))};
+    XCloseDisplay(x);
+    return size;
+}
+
 struct CX11Window::SState {
     Display* display = nullptr;
     Window window = 0;
@@ -24,10 +39,10 @@ struct CX11Window::SState {
 };
 
 CX11Window::CX11Window(int width, int height, const std::string& title) : m_state(std::make_unique<SState>()) {
+    RequireDisplay("a window");
     const char* name = std::getenv("DISPLAY");
-    if (!name || !*name) throw CCliError(EExit::Failed, "no X display: DISPLAY is not set");
     m_state->display = XOpenDisplay(name);
-    if (!m_state->display) throw CCliError(EExit::Failed, std::string("cannot open the X display ") + name);
+    if (!m_state->display) throw CCliError(EExit::NoDisplay, std::string("cannot open the X display ") + name);
     Display* x = m_state->display;
     m_state->width = width;
     m_state->height = height;

@@ -12,9 +12,15 @@
 
 namespace teskcolor {
 
+// Throws CCliError(NoDisplay) naming `command` when DISPLAY is unset.
+void RequireDisplay(const std::string& command);
+
+// The size of the screen DISPLAY names; throws as RequireDisplay does.
+std::pair<int, int> ScreenSize();
+
 class CX11Window {
 public:
-    // Throws CCliError(Failed) when DISPLAY is unset or the display cannot be opened.
+    // Throws CCliError(NoDisplay) when DISPLAY is unset or the display cannot be opened.
     CX11Window(int width, int height, const std::string& title);
     ~CX11Window();
     CX11Window(const CX11Window&) = delete;

@@ -1,5 +1,9 @@
 // teskcolor: colour management from the command line, through TeskColorMgr.
+#include <windows.h>
+
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <string>
 
@@ -9,38 +13,53 @@
 
 namespace teskcolor {
 
-const std::vector<SCommand>& AllCommands() {
-    static const std::vector<SCommand> commands = {
-        {"info", "check and analyse a profile or an image's embedded profile", RunInfo},
-        {"convert", "convert an image into the working space or another RGB profile", RunConvert},
-        {"separate", "split an RGB image into cyan, magenta, yellow and black plates", RunSeparate},
-        {"combine", "recombine four plates, or a CMYK TIFF, into an RGB image", RunCombine},
-        {"proof", "render an image for the display, optionally soft-proofed", RunProof},
-        {"profiles", "list, install and uninstall profiles", RunProfiles},
-        {"settings", "show or change the colour settings", RunSettings},
-        {"make-profile", "write an RGB display profile", RunMakeProfile},
-        {"chart", "make a colour test chart image", RunChart},
-        {"demo", "chart, separation, recombination and proof in one folder", RunDemo},
-        {"gamma", "load a profile's calibration into the display's gamma ramp, restore it", RunGamma},
-        {"view", "show an image colour-managed in an X11 window", RunView},
-        {"print", "print an image through the printer's profile", RunPrint},
-        {"setup", "the colour-matching dialog; its choices become the settings", RunSetup},
-    };
-    return commands;
+std::vector<SCommand> AddAllCommands(CLI::App& root) {
+    return {AddInfoCommand(root),     AddConvertCommand(root), AddSeparateCommand(root), AddCombineCommand(root),
+            AddProofCommand(root),    AddProfilesCommand(root), AddSettingsCommand(root),
+            AddMakeProfileCommand(root), AddChartCommand(root), AddDemoCommand(root),     AddGammaCommand(root),
+            AddViewCommand(root),     AddPrintCommand(root),   AddSetupCommand(root)};
 }
 
 namespace {
 
-void PrintUsage(std::FILE* out) {
-    std::fprintf(out, "usage: teskcolor COMMAND [OPTIONS] ...\n\ncommands:\n");
-    for (const SCommand& command : AllCommands()) std::fprintf(out, "  %-13s %s\n", command.name, command.summary);
-    std::fprintf(out,
-                 "\n'teskcolor COMMAND --help' describes a command.\n"
-                 "exit codes: 0 done, 1 the colour system failed, 2 bad arguments, 3 missing file,\n"
-                 "4 corrupt or truncated file, 5 unsupported image layout, 6 profile of the wrong class,\n"
-                 "7 output could not be written.\n"
-                 "Commands that read images refuse one of more than 2^30 pixels unless\n"
-                 "--max-pixels N allows more.\n");
+constexpr const char* kExitCodes =
+    "exit codes: 0 done, 1 the colour system failed, 2 bad arguments, 3 missing file,\n"
+    "4 corrupt or truncated file, 5 unsupported image layout, 6 profile of the wrong class,\n"
+    "7 output could not be written, 8 no display to show on.\n"
+    "'teskcolor help COMMAND' or 'teskcolor COMMAND --help' describes a command.";
+
+// The module decides its trace switch once, as it loads, from this event when
+// a host made it first: made signalled, it turns the trace on for this process
+// only. The module loads before main, so the program's options before the
+// command are read here, ahead of every library's start-up.
+void TurnOnModuleTraceWhenVerbose(int argc, char** argv, char**) {
+    for (int i = 1; i < argc && argv[i][0] == '-'; ++i)
+        if (std::strcmp(argv[i], "--verbose") == 0) {
+            static HANDLE traceSwitch = ::CreateEventW(nullptr, TRUE, TRUE, L"QFX_OUTPUT_DEBUG_ENABLE");
+            (void)traceSwitch;
+            return;
+        }
+}
+
+__attribute__((section(".preinit_array"), used)) void (*const kBeforeLibraries)(int, char**, char**) =
+    TurnOnModuleTraceWhenVerbose;
+
+// Help that opens with its usage line, as the field's tools print it.
+class CHelpFormatter : public CLI::Formatter {
+public:
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+        if (mode == CLI::AppFormatMode::Sub) return make_expanded(app);
+        std::string usage = make_usage(app, name);
+        return usage + make_description(app) + make_positionals(app) + make_groups(app, mode) +
+               make_subcommands(app, mode) + "\n" + make_footer(app) + "\n";
+    }
+};
+
+int Fail(EExit code, std::string message) {
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    std::fflush(stdout);
+    std::fprintf(stderr, "teskcolor: %s\n", message.c_str());
+    return int(code);
 }
 
 }  // namespace
@@ -48,29 +67,53 @@ void PrintUsage(std::FILE* out) {
 
 int main(int argc, char** argv) {
     using namespace teskcolor;
-    if (argc < 2) {
-        PrintUsage(stderr);
-        return int(EExit::Usage);
+    CLI::App root("Colour management from the command line: profiles, conversions, separations.", "teskcolor");
+    auto formatter = std::make_shared<CHelpFormatter>();
+    formatter->label("Usage", "usage");
+    root.formatter(formatter);
+    root.footer(kExitCodes);
+    root.set_version_flag("--version", "teskcolor " TESKCOLOR_VERSION);
+    root.require_subcommand(1);
+    bool verbose = false;  // acted on before main
+    root.add_flag("--verbose", verbose, "write the colour manager's trace to standard error (before the command)");
+    const std::vector<SCommand> commands = AddAllCommands(root);
+
+    CLI::App* help = root.add_subcommand("help", "describe a command: teskcolor help COMMAND");
+    std::string topic;
+    std::vector<std::string> names;
+    for (const SCommand& command : commands) names.push_back(command.app->get_name());
+    help->add_option("COMMAND", topic, "the command to describe")->check(CLI::IsMember(names));
+
+    try {
+        root.parse(argc, argv);
+    } catch (const CLI::CallForHelp& request) {
+        return root.exit(request);
+    } catch (const CLI::CallForAllHelp& request) {
+        return root.exit(request);
+    } catch (const CLI::CallForVersion& request) {
+        return root.exit(request);
+    } catch (const CLI::ParseError& error) {
+        const std::vector<CLI::App*> chosen = root.get_subcommands();
+        const std::string where = chosen.empty() ? "" : chosen.front()->get_name() + ": ";
+        const std::string see = chosen.empty() ? "teskcolor --help" : "teskcolor help " + chosen.front()->get_name();
+        return Fail(EExit::Usage, where + error.what() + " (see " + see + ")");
     }
-    const std::string name = argv[1];
-    if (name == "--help" || name == "-h" || name == "help") {
-        PrintUsage(stdout);
+    if (help->parsed()) {
+        std::fputs((topic.empty() ? root.help() : root.get_subcommand(topic)->help("teskcolor")).c_str(), stdout);
         return 0;
     }
     try {
-        UseDisplayFor(name);
-        for (const SCommand& command : AllCommands())
-            if (name == command.name) return command.run(Args(argv + 2, argv + argc));
-        throw CCliError(EExit::Usage, "unknown command '" + name + "' (see teskcolor --help)");
+        for (const SCommand& command : commands)
+            if (command.app->parsed()) {
+                UseDisplayFor(command.app->get_name());
+                return command.run();
+            }
+        return Fail(EExit::Usage, "no command given (see teskcolor --help)");
     } catch (const CCliError& error) {
-        std::fflush(stdout);
-        std::fprintf(stderr, "teskcolor: %s\n", error.what());
-        return int(error.Code());
+        return Fail(error.Code(), error.what());
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "teskcolor: out of memory\n");
-        return int(EExit::Failed);
+        return Fail(EExit::Failed, "out of memory");
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "teskcolor: %s\n", error.what());
-        return int(EExit::Failed);
+        return Fail(EExit::Failed, error.what());
     }
 }

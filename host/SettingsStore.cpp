@@ -7,13 +7,16 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "host/SingletonManager.h"
 
-// The file holds one JSON object: "group/id" -> {"int": n} | {"text": s} | {"double": d}.
+// The file holds one JSON object: key -> {"int": n} | {"text": s} | {"double": d}.
+// The colour settings have named keys ("working-space"); other entries, and
+// files written before the names, use "group/id", which is still read.
 // A write takes an exclusive lock, reads what is on disk, changes its entries
 // and replaces the file by rename, so concurrent writers lose nothing and a
 // crash leaves either the old or the new file.
@@ -21,7 +24,24 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string EntryKey(int group, int id) { return std::to_string(group) + "/" + std::to_string(id); }
+std::string NumberedKey(int group, int id) { return std::to_string(group) + "/" + std::to_string(id); }
+
+std::string EntryKey(int group, int id) {
+    struct SNamed {
+        int id;
+        const char* name;
+    };
+    static constexpr int kColourGroup = 169;
+    static constexpr SNamed kColourKeys[] = {
+        {170, "mode"},          {171, "proof"},        {172, "monitor-profile"}, {173, "printer-profile"},
+        {174, "proof-profile"}, {175, "working-space"}, {176, "cmyk-profile"},   {177, "intent"},
+        {178, "proof-intent"},  {179, "gamma-blue"},   {180, "gamma-green"},     {181, "gamma-red"},
+        {182, "embedded"}};
+    if (group == kColourGroup)
+        for (const SNamed& key : kColourKeys)
+            if (key.id == id) return key.name;
+    return NumberedKey(group, id);
+}
 
 Json ReadFile(const std::string& path) {
     std::ifstream in(path);
@@ -74,22 +94,26 @@ public:
             m_loaded = true;
         }
         auto entry = m_values.find(EntryKey(group, id));
+        if (entry == m_values.end()) entry = m_values.find(NumberedKey(group, id));
         if (entry == m_values.end() || !entry->is_object() || !entry->contains(kind)) return false;
         value = (*entry)[kind];
         return true;
     }
 
     bool Set(int group, int id, const char* kind, const Json& value) {
-        return SetAll({{EntryKey(group, id), Json{{kind, value}}}});
+        return SetAll({{{group, id}, Json{{kind, value}}}});
     }
 
-    // Entries "group/id" -> {kind: value}, written in one replacement of the file.
-    bool SetAll(const Json& entries) {
+    // Entries (group, id) -> {kind: value}, written in one replacement of the file.
+    bool SetAll(const std::map<std::pair<int, int>, Json>& entries) {
         std::lock_guard lock(m_mutex);
         FileLock fileLock(m_path);
         RemoveAbandonedTemporaries();
         Json merged = ReadFile(m_path);
-        for (auto entry = entries.begin(); entry != entries.end(); ++entry) merged[entry.key()] = *entry;
+        for (const auto& [key, entry] : entries) {
+            merged.erase(NumberedKey(key.first, key.second));
+            merged[EntryKey(key.first, key.second)] = entry;
+        }
         m_values = merged;
         m_loaded = true;
         return tesk::path::WriteFileAtomically(m_path, merged.dump(1) + "\n");
@@ -100,7 +124,8 @@ public:
         FileLock fileLock(m_path);
         RemoveAbandonedTemporaries();
         Json merged = ReadFile(m_path);
-        bool existed = merged.erase(EntryKey(group, id)) > 0;
+        bool existed = merged.erase(NumberedKey(group, id)) > 0;
+        existed = merged.erase(EntryKey(group, id)) > 0 || existed;
         m_values = merged;
         m_loaded = true;
         return existed && tesk::path::WriteFileAtomically(m_path, merged.dump(1) + "\n");
@@ -207,7 +232,7 @@ public:
     }
     IVError* WriteTogether(const SSettingsEntry* entries, size_t count) override {
         if (!entries && count) return new CStoreError(ERROR_INVALID_PARAMETER);
-        Json all = Json::object();
+        std::map<std::pair<int, int>, Json> all;
         for (size_t i = 0; i < count; ++i) {
             const SSettingsEntry& entry = entries[i];
             Json value;
@@ -217,7 +242,7 @@ public:
                 value = Json{{"double", *real}};
             else
                 value = Json{{"text", tesk::path::Utf8(std::get<std::wstring>(entry.value))}};
-            all[EntryKey(entry.group, entry.id)] = value;
+            all[{entry.group, entry.id}] = value;
         }
         return m_file.SetAll(all) ? nullptr : new CStoreError(ERROR_WRITE_FAULT);
     }

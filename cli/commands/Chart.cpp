@@ -1,8 +1,8 @@
 // teskcolor chart: a colour test chart in the working space.
 #include <cstdio>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
+#include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/ProgressBar.h"
@@ -10,29 +10,44 @@
 
 namespace teskcolor {
 
-int RunChart(const Args& args) {
-    CArguments arguments("chart", args, {{"--width", true}, {"--height", true}, {"--16bit", false}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor chart [--width W] [--height H] [--16bit] OUTPUT\n"
-                   "Makes a test chart: a grey ramp; red, green, blue, cyan, magenta and yellow\n"
-                   "ramps; the 24 patches of the classic colour checker; a hue and lightness\n"
-                   "gradient. Tagged with the working-space profile. OUTPUT is .tif, .png or .jpg.\n"
-                   "  --width W, --height H   size in pixels (default 1200 x 800)\n"
-                   "  --16bit                 16 bits a channel (TIFF and PNG)\n",
-                   stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(1, "chart [--width W] [--height H] [--16bit] OUTPUT");
-    const int width = int(arguments.Number("--width", 24, 30000).value_or(1200));
-    const int height = int(arguments.Number("--height", 24, 30000).value_or(800));
-    SImage chart = MakeChart(width, height, arguments.Has("--16bit"));
+namespace {
+
+struct SChartOptions {
+    int width = 1200;
+    int height = 800;
+    bool sixteenBit = false;
+    std::string output;
+};
+
+int Run(const SChartOptions& options) {
+    if (options.sixteenBit && ImageTypeForPath(options.output) == EImageType::Jpeg)
+        throw CCliError(EExit::Usage, "chart: JPEG holds 8 bits a channel; --16bit needs .tif or .png");
+    SImage chart = MakeChart(options.width, options.height, options.sixteenBit);
     chart.iccProfile = WorkingSpaceProfile(ColourManager()).bytes;
     CProgressBar progress("writing");
-    WriteImage(arguments.Positional()[0], chart, progress.Status());
+    WriteImage(options.output, chart, progress.Status());
     progress.Finish();
-    std::printf("wrote %s (%d x %d, %s)\n", arguments.Positional()[0].c_str(), width, height,
+    std::printf("wrote %s (%d x %d, %s)\n", options.output.c_str(), options.width, options.height,
                 DescribeLayout(chart).c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddChartCommand(CLI::App& root) {
+    auto options = std::make_shared<SChartOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "chart", "make a colour test chart image",
+        "Makes a test chart: a grey ramp; red, green, blue, cyan, magenta and yellow ramps;\n"
+        "the 24 patches of the classic colour checker; a hue and lightness gradient.\n"
+        "reads: the working-space profile of the settings. writes: OUTPUT (.tif, .png or\n"
+        ".jpg), tagged with the working-space profile.",
+        "teskcolor chart --width 600 --height 400 chart.png");
+    command->add_option("--width", options->width, "width in pixels (default 1200)")->check(CLI::Range(24, 30000));
+    command->add_option("--height", options->height, "height in pixels (default 800)")->check(CLI::Range(24, 30000));
+    command->add_flag("--16bit", options->sixteenBit, "16 bits a channel (TIFF and PNG)");
+    command->add_option("OUTPUT", options->output, "the chart image to write")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -2,38 +2,41 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/PlateFiles.h"
+#include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 
 namespace teskcolor {
 
-int RunCombine(const Args& args) {
-    CArguments arguments("combine", args, {{"--ink-amounts", false}, {"--cmyk", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor combine [--ink-amounts] [--cmyk PROFILE] CYAN MAGENTA YELLOW BLACK OUTPUT\n"
-                   "       teskcolor combine [--ink-amounts] [--cmyk PROFILE] PLATES.tif OUTPUT\n"
-                   "       teskcolor combine [--cmyk PROFILE] CMYK.tif OUTPUT\n"
-                   "Recombines four greyscale plates (255 = no ink, as 'separate --invert' makes them)\n"
-                   "through the CMYK profile into an RGB image in the working space. PLATES.tif\n"
-                   "names the four plates as 'separate' wrote them. A CMYK TIFF or JPEG is converted\n"
-                   "from its embedded profile, or from the CMYK profile when it has none.\n"
-                   "  --ink-amounts    the plates hold ink amounts (0 = no ink), as plain 'separate' makes them\n"
-                   "  --cmyk PROFILE   the CMYK profile for this run (default: the settings')\n",
-                   stdout);
-        return 0;
-    }
-    const auto& words = arguments.Positional();
+namespace {
+
+struct SCombineOptions {
+    bool inkAmounts = false;
+    std::optional<int> intent;
+    std::string cmyk;
+    std::vector<std::string> files;
+};
+
+void WriteResult(const std::string& output, const SImage& rgb, CProgressBar& progress, const std::string& intent) {
+    progress.Phase("writing");
+    WriteImage(output, rgb, progress.Status());
+    progress.Finish();
+    std::printf("%s\nwrote %s\n", intent.c_str(), output.c_str());
+}
+
+int Run(const SCombineOptions& options) {
+    const auto& words = options.files;
     if (words.size() != 2 && words.size() != 5)
-        throw CCliError(EExit::Usage, "usage: teskcolor combine [OPTIONS] CYAN MAGENTA YELLOW BLACK OUTPUT | INPUT OUTPUT");
+        throw CCliError(EExit::Usage, "combine: give CYAN MAGENTA YELLOW BLACK OUTPUT, or INPUT OUTPUT");
     const std::string output = words.back();
+    const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
-    if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
+    if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
     CProgressBar progress("reading");
 
     std::array<std::string, 4> inputs;
@@ -43,11 +46,7 @@ int RunCombine(const Args& args) {
             const SImage packed = ReadImage(words[0], progress.Status());
             if (packed.cmyk) {
                 progress.Phase("combining");
-                const SImage rgb = CombinePacked(manager, packed, progress.Status());
-                progress.Phase("writing");
-                WriteImage(output, rgb, progress.Status());
-                progress.Finish();
-                std::printf("wrote %s\n", output.c_str());
+                WriteResult(output, CombinePacked(manager, packed, progress.Status()), progress, intent);
                 return 0;
             }
         }
@@ -60,15 +59,35 @@ int RunCombine(const Args& args) {
         plates[i] = ReadImage(inputs[i], progress.Status());
         if (!CVPixelFormat::IsGreyscale(plates[i].pixels.GetPixelFormat()) || plates[i].cmyk)
             throw CCliError(EExit::Unsupported, inputs[i] + ": a plate is a grey image, not " + DescribeLayout(plates[i]));
-        if (arguments.Has("--ink-amounts")) ComplementPlate(plates[i]);
+        if (options.inkAmounts) ComplementPlate(plates[i]);
     }
     progress.Phase("combining");
-    const SImage rgb = CombinePlates(manager, plates, progress.Status());
-    progress.Phase("writing");
-    WriteImage(output, rgb, progress.Status());
-    progress.Finish();
-    std::printf("wrote %s\n", output.c_str());
+    WriteResult(output, CombinePlates(manager, plates, progress.Status()), progress, intent);
     return 0;
+}
+
+}  // namespace
+
+SCommand AddCombineCommand(CLI::App& root) {
+    auto options = std::make_shared<SCombineOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "combine", "recombine four plates, or a CMYK TIFF, into an RGB image",
+        "Recombines four greyscale plates through the CMYK profile into an RGB image in the\n"
+        "working space. PLATES.tif names the four plates as 'separate' wrote them. A TIFF plate\n"
+        "says how it reads (MinIsWhite: ink amounts, as plain 'separate' writes them; MinIsBlack:\n"
+        "255 = no ink, as 'separate --invert' writes them). PNG cannot say it: PNG plates are\n"
+        "taken as 255 = no ink unless --ink-amounts. A CMYK TIFF or JPEG is converted from its\n"
+        "embedded profile, or from the CMYK profile when it has none.\n"
+        "reads: the plates (or the CMYK image), the CMYK and working-space profiles.\n"
+        "writes: OUTPUT, RGB, tagged with the working-space profile.",
+        "teskcolor combine plates.tif back.tif");
+    command->add_flag("--ink-amounts", options->inkAmounts,
+                      "PNG (or older MinIsBlack TIFF) plates hold ink amounts (0 = no ink)");
+    AddCmykOption(*command, options->cmyk);
+    AddIntentOption(*command, options->intent);
+    command->add_option("FILES", options->files, "CYAN MAGENTA YELLOW BLACK OUTPUT, or PLATES.tif|CMYK.tif OUTPUT")
+        ->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -1,7 +1,6 @@
 // teskcolor convert: an image into the working space or another RGB profile.
 #include <cstdio>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -13,35 +12,50 @@
 
 namespace teskcolor {
 
-int RunConvert(const Args& args) {
-    CArguments arguments("convert", args, {{"--to", true}, {"--from", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor convert [--to PROFILE] [--from PROFILE] INPUT OUTPUT\n"
-                   "Converts an RGB image from its embedded profile into the working space (or into\n"
-                   "--to PROFILE, for this run only), relative colorimetric; the output carries the\n"
-                   "target profile. Grey images become RGB; alpha is kept.\n"
-                   "  --to PROFILE     target RGB profile instead of the working space\n"
-                   "  --from PROFILE   the source profile for an image that carries none\n",
-                   stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(2, "convert [--to PROFILE] [--from PROFILE] INPUT OUTPUT");
+namespace {
+
+struct SConvertOptions {
+    std::string to, from, input, output;
+};
+
+int Run(const SConvertOptions& options) {
     CColorManager& manager = ColourManager();
-    if (auto target = arguments.Value("--to")) {
-        const SProfileSource profile = LoadProfileSource(*target, &manager);
+    if (!options.to.empty()) {
+        const SProfileSource& profile = ResolveProfile(options.to, &manager);
         RequireColourSpace(profile, 0x52474220, "the target");
         KeepWritesForThisRun();
-        CString name(ModuleProfileName(profile.file.empty() ? *target : profile.file));
+        CString name(profile.moduleName);
         manager.SetColorWorkingSpace(name);
     }
     CProgressBar progress("reading");
-    const SImage input = ReadImage(arguments.Positional()[0], progress.Status());
-    const SImage output = ConvertImage(manager, input, arguments.Value("--from").value_or(""), progress.Status());
+    const SImage input = ReadImage(options.input, progress.Status());
+    progress.Phase("converting");
+    const SImage output = ConvertImage(manager, input, options.from, progress.Status());
     progress.Phase("writing");
-    WriteImage(arguments.Positional()[1], output, progress.Status());
+    WriteImage(options.output, output, progress.Status());
     progress.Finish();
-    std::printf("wrote %s\n", arguments.Positional()[1].c_str());
+    std::printf("wrote %s\n", options.output.c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddConvertCommand(CLI::App& root) {
+    auto options = std::make_shared<SConvertOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "convert", "convert an image into the working space or another RGB profile",
+        "Converts an RGB or grey image from its embedded profile into the working space (or\n"
+        "into --to PROFILE, for this run only), relative colorimetric. Grey images become RGB;\n"
+        "alpha is kept.\n"
+        "reads: INPUT, its embedded profile (or --from), the target profile.\n"
+        "writes: OUTPUT, RGB, tagged with the target profile.",
+        "teskcolor convert --to AdobeRGB1998.icc photo.jpg photo-adobe.tif");
+    command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
+    command->add_option("--from", options->from, "the source profile for an image that carries none")
+        ->type_name("PROFILE");
+    command->add_option("INPUT", options->input, "the image to convert")->required();
+    command->add_option("OUTPUT", options->output, "the image to write")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

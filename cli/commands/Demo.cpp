@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -15,40 +14,34 @@
 
 namespace teskcolor {
 
-int RunDemo(const Args& args) {
-    CArguments arguments("demo", args, {{"--cmyk", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor demo [--cmyk PROFILE] [FOLDER]\n"
-                   "Makes a colour test chart, separates it into four plates with the CMYK profile,\n"
-                   "recombines the plates into RGB and soft-proofs the result for the display\n"
-                   "through the CMYK profile. The files go into FOLDER (default ./teskcolor-demo):\n"
-                   "chart.tif, chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif,\n"
-                   "recombined.tif and proof.tif.\n",
-                   stdout);
-        return 0;
-    }
-    if (arguments.Positional().size() > 1) throw CCliError(EExit::Usage, "usage: teskcolor demo [--cmyk PROFILE] [FOLDER]");
-    const std::filesystem::path folder =
-        std::filesystem::absolute(arguments.Positional().empty() ? "teskcolor-demo" : arguments.Positional()[0]);
+namespace {
+
+struct SDemoOptions {
+    std::string cmyk;
+    std::string folder = "teskcolor-demo";
+};
+
+int Run(const SDemoOptions& options) {
+    const std::filesystem::path folder = std::filesystem::absolute(options.folder);
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) throw CCliError(EExit::WriteFailed, folder.string() + ": cannot create the folder: " + error.message());
 
     CColorManager& manager = ColourManager();
-    if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
-    const SProfileSource cmykProfile = DefaultCMYKProfile(manager);
-    const SProfileSource workingSpace = WorkingSpaceProfile(manager);
+    if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
+    const SProfileSource& cmykProfile = DefaultCMYKProfile(manager);
+    const SProfileSource& workingSpace = WorkingSpaceProfile(manager);
     std::printf("working space: %s\nCMYK profile:  %s\n", workingSpace.origin.c_str(), cmykProfile.origin.c_str());
 
     const auto path = [&](const char* name) { return (folder / name).string(); };
     // The demo's files replace those of an earlier run all together, or not at all.
     COutputTransaction files;
-    SWriteOptions options;
-    options.transaction = &files;
+    SWriteOptions writeOptions;
+    writeOptions.transaction = &files;
     CProgressBar progress("demo");
     SImage chart = MakeChart(1200, 800, false);
     chart.iccProfile = workingSpace.bytes;
-    WriteImage(path("chart.tif"), chart, progress.Status(), options);
+    WriteImage(path("chart.tif"), chart, progress.Status(), writeOptions);
     progress.Finish();
     std::printf("1. chart            %s\n", path("chart.tif").c_str());
 
@@ -58,23 +51,41 @@ int RunDemo(const Args& args) {
     std::printf("2. plates           %s\n", PlatePaths(path("chart.tif"))[0].c_str());
     for (int i = 1; i < 4; ++i) std::printf("                    %s\n", PlatePaths(path("chart.tif"))[size_t(i)].c_str());
     WriteImage(path("chart-cmyk.tif"), SeparateToPacked(manager, chart, progress.Status()), progress.Status(),
-               options);
+               writeOptions);
     progress.Finish();
     std::printf("   packed CMYK      %s\n", path("chart-cmyk.tif").c_str());
 
     const SImage recombined = CombinePlates(manager, plates, progress.Status());
-    WriteImage(path("recombined.tif"), recombined, progress.Status(), options);
+    WriteImage(path("recombined.tif"), recombined, progress.Status(), writeOptions);
     progress.Finish();
     std::printf("3. recombined RGB   %s\n", path("recombined.tif").c_str());
 
     const std::string proofProfile = cmykProfile.file.empty() ? std::string() : cmykProfile.file;
     const SImage proof = ProofImage(manager, recombined, proofProfile, int(manager.GetLCSIntent()), 1, progress.Status());
-    WriteImage(path("proof.tif"), proof, progress.Status(), options);
+    WriteImage(path("proof.tif"), proof, progress.Status(), writeOptions);
     progress.Finish();
     std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
     files.Commit();
     std::printf("done: the files are in %s\n", folder.c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddDemoCommand(CLI::App& root) {
+    auto options = std::make_shared<SDemoOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "demo", "chart, separation, recombination and proof in one folder",
+        "Makes a colour test chart, separates it into four plates with the CMYK profile,\n"
+        "recombines the plates into RGB and soft-proofs the result for the display through\n"
+        "the CMYK profile.\n"
+        "reads: the settings' working-space and CMYK profiles.\n"
+        "writes: into FOLDER (default ./teskcolor-demo) chart.tif,\n"
+        "chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif, recombined.tif, proof.tif.",
+        "teskcolor demo /tmp/demo");
+    AddCmykOption(*command, options->cmyk);
+    command->add_option("FOLDER", options->folder, "where the files go (default ./teskcolor-demo)");
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -6,10 +6,10 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/ProfileFileValues.h"
 #include "cli/ProfileHeader.h"
 #include "cli/imageio/OutputFile.h"
 #include "colormgr/ColorManager.h"
@@ -20,14 +20,6 @@ namespace teskcolor {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr const char* kHelp =
-    "usage: teskcolor info [--json] PROFILE|IMAGE\n"
-    "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
-    "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
-    "check's verdict, header fields, description and copyright, tone curves, colorants and\n"
-    "white point, and how the module classifies it.\n"
-    "  --json   one JSON object on standard output, for scripts\n";
 
 Json Xyz(const SMyXYZNumber& xyz) { return Json::array({xyz.X, xyz.Y, xyz.Z}); }
 
@@ -82,27 +74,32 @@ Json CurveJson(CICCReadColorProfile& reader, unsigned long tag) {
     return out;
 }
 
-// A file holding the profile, for the module's checks that open by name.
-std::string FileForProfile(const SProfileSource& profile, std::unique_ptr<COutputFile>& scratch) {
-    if (!profile.file.empty()) return std::filesystem::absolute(profile.file).string();
-    scratch = std::make_unique<COutputFile>(std::filesystem::temp_directory_path().string() + "/teskcolor-info.icc");
-    std::fwrite(profile.bytes.data(), 1, profile.bytes.size(), scratch->Stream());
-    std::fflush(scratch->Stream());
-    return scratch->TempPath();
-}
-
 Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json out{{"source", profile.origin}, {"bytes", profile.bytes.size()}};
     auto header = ParseProfileHeader(profile.bytes.data(), profile.bytes.size());
-    if (header) out["header"] = HeaderJson(*header);
+    if (header && header->signature == 0x61637370) out["header"] = HeaderJson(*header);  // 'acsp': a header to show
 
     // The module may touch the block while it checks it; it gets a copy.
     std::vector<uint8_t> block = profile.bytes;
     CICCReadColorProfile reader;
     bool valid = true;
     const bool opened = !block.empty() && reader.CreateFromRawData(block.data(), static_cast<unsigned long>(block.size()), valid);
-    out["verdict"] = opened ? "valid" : valid ? "refused" : "invalid";
-    if (!opened) return out;
+    if (!opened) {
+        // Valid for what it is, though no image transform can use it.
+        if (const std::string kind = NonImageProfileKind(profile.bytes); !kind.empty()) {
+            out["verdict"] = "valid";
+            out["use"] = kind;
+            out["file_values"] = ProfileFileValues(profile.bytes);
+            return out;
+        }
+        const std::string reason = ProfileRefusalReason(profile.bytes);
+        out["verdict"] = valid ? "refused" : "invalid";
+        out["reason"] = !reason.empty() ? reason
+                        : !valid        ? "the colour manager's check found it damaged (see --verbose)"
+                                        : "the colour manager's reader could not decode it (see --verbose)";
+        return out;
+    }
+    out["verdict"] = "valid";
 
     CString text;
     if (reader.GetDescription(text)) out["description"] = text.Utf8();
@@ -111,7 +108,8 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json curves = Json::object();
     for (unsigned long tag : {0x72545243ul, 0x67545243ul, 0x62545243ul, 0x6B545243ul})
         if (reader.DoesProfileTagExist(tag)) curves[SignatureText(uint32_t(tag))] = CurveJson(reader, tag);
-    out["curves"] = curves;
+    Json analysis = Json::object();
+    analysis["curves"] = curves;
 
     Json colorimetry = Json::object();
     SMyXYZNumber xyz{};
@@ -121,7 +119,7 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     if (reader.GetMediaBlackPoint(xyz)) colorimetry["black_point"] = Xyz(xyz);
     double adaptation[9];
     if (reader.GetChromaticAdaptationTag(adaptation)) colorimetry["chromatic_adaptation"] = adaptation;
-    out["colorimetry"] = colorimetry;
+    analysis["colorimetry"] = colorimetry;
 
     Json classification = Json::object();
     SColorSpecRGB colorSpec{};
@@ -133,14 +131,15 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
             classification["gamma"] = colorSpec.m_dGamma;
         }
     }
-    std::unique_ptr<COutputFile> scratch;
-    CString path(tesk::path::ToWindows(FileForProfile(profile, scratch)));
+    CString path(profile.moduleName);
     CICCReadColorProfile byName;
     classification["working_space"] = byName.IsProfileWorkingSpace(path);
     classification["cmyk_printer"] = byName.IsProfileCMYK(path);
     classification["same_as_working_space"] = manager.CompareProfileVersusWorkingSpace(reader);
     classification["same_as_cmyk_profile"] = manager.CompareProfileVersusCMYKProfile(reader);
-    out["classification"] = classification;
+    analysis["classification"] = classification;
+    out["module_analysis"] = analysis;
+    out["file_values"] = ProfileFileValues(profile.bytes);
     return out;
 }
 
@@ -159,21 +158,40 @@ void PrintText(const Json& j, const std::string& indent = "") {
 
 }  // namespace
 
-int RunInfo(const Args& args) {
-    CArguments arguments("info", args, {{"--json", false}});
-    if (arguments.WantsHelp()) {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(1, "info [--json] PROFILE|IMAGE");
+namespace {
+
+struct SInfoOptions {
+    bool json = false;
+    std::string profile;
+};
+
+int Run(const SInfoOptions& options) {
     CColorManager& manager = ColourManager();
-    const SProfileSource profile = LoadProfileSource(arguments.Positional()[0], &manager);
+    const SProfileSource& profile = ResolveProfile(options.profile, &manager);
     const Json description = Describe(profile, manager);
-    if (arguments.Has("--json"))
+    if (options.json)
         std::printf("%s\n", description.dump(2).c_str());
     else
         PrintText(description);
     return description["verdict"] == "valid" ? 0 : int(EExit::Corrupt);
+}
+
+}  // namespace
+
+SCommand AddInfoCommand(CLI::App& root) {
+    auto options = std::make_shared<SInfoOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "info", "check and analyse a profile or an image's embedded profile",
+        "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
+        "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
+        "check's verdict (and why a file is refused), header fields, description and copyright;\n"
+        "the module's analysis (its readings of the tone curves, colorants and white point, and\n"
+        "how it classifies the profile) beside the values the file holds, as Little CMS reads them.\n"
+        "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output).",
+        "teskcolor info --json AdobeRGB1998.icc");
+    command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");
+    command->add_option("PROFILE", options->profile, "a profile file, an installed name, or an image")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -1,7 +1,6 @@
 // teskcolor proof: the display transform of the settings, to a file.
 #include <cstdio>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -12,33 +11,48 @@
 
 namespace teskcolor {
 
-int RunProof(const Args& args) {
-    CArguments arguments("proof", args, {{"--proof-profile", true}, {"--intent", true}, {"--proof-intent", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor proof [--proof-profile PROFILE] [--intent N] [--proof-intent N] INPUT OUTPUT\n"
-                   "Renders an image as the display shows it: from the working space through the\n"
-                   "display transform to the monitor profile, and with --proof-profile through that\n"
-                   "profile first (a soft proof of the print). The output carries the monitor\n"
-                   "profile. Settings given here hold for this run only.\n"
-                   "  --proof-profile PROFILE   soft-proof through this profile (e.g. the CMYK one)\n"
-                   "  --intent N                display intent, 0..3 (default: the settings')\n"
-                   "  --proof-intent N          proofing intent, 0..3 (default 1, relative colorimetric)\n",
-                   stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(2, "proof [OPTIONS] INPUT OUTPUT");
+namespace {
+
+struct SProofOptions {
+    std::string proofProfile, input, output;
+    std::optional<int> intent, proofIntent;
+};
+
+int Run(const SProofOptions& options) {
     CColorManager& manager = ColourManager();
-    const int intent = int(arguments.Number("--intent", 0, 3).value_or(manager.GetLCSIntent()));
-    const int proofIntent = int(arguments.Number("--proof-intent", 0, 3).value_or(1));
+    const int intent = options.intent.value_or(int(manager.GetLCSIntent()));
+    const int proofIntent = options.proofIntent.value_or(1);
     CProgressBar progress("reading");
-    const SImage input = ReadImage(arguments.Positional()[0], progress.Status());
-    const SImage display = ProofImage(manager, input, arguments.Value("--proof-profile").value_or(""), intent,
-                                      proofIntent, progress.Status());
+    const SImage input = ReadImage(options.input, progress.Status());
+    progress.Phase("proofing");
+    const SImage display =
+        ProofImage(manager, input, options.proofProfile, intent, proofIntent, progress.Status());
     progress.Phase("writing");
-    WriteImage(arguments.Positional()[1], display, progress.Status());
+    WriteImage(options.output, display, progress.Status());
     progress.Finish();
-    std::printf("wrote %s\n", arguments.Positional()[1].c_str());
+    std::printf("wrote %s\n", options.output.c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddProofCommand(CLI::App& root) {
+    auto options = std::make_shared<SProofOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "proof", "render an image for the display, optionally soft-proofed",
+        "Renders an image as the display shows it: from the working space through the display\n"
+        "transform to the monitor profile, and with --proof-profile through that profile first\n"
+        "(a soft proof of the print). Settings given here hold for this run only.\n"
+        "reads: INPUT, the working-space, monitor and proof profiles.\n"
+        "writes: OUTPUT, tagged with the monitor profile.",
+        "teskcolor proof --proof-profile \"ISO Coated (FOGRA39)\" photo.tif proof.tif");
+    command->add_option("--proof-profile", options->proofProfile, "soft-proof through this profile (e.g. the CMYK one)")
+        ->type_name("PROFILE");
+    AddIntentOption(*command, options->intent, "--intent", "display intent (default: the settings')");
+    AddIntentOption(*command, options->proofIntent, "--proof-intent", "proofing intent (default relative)");
+    command->add_option("INPUT", options->input, "the image to render")->required();
+    command->add_option("OUTPUT", options->output, "the image to write")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

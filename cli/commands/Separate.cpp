@@ -2,56 +2,73 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "cli/Arguments.h"
 #include "cli/BandedSeparation.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/PlateFiles.h"
+#include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 
 namespace teskcolor {
 
-int RunSeparate(const Args& args) {
-    CArguments arguments("separate", args, {{"--invert", false}, {"--packed", false}, {"--cmyk", true}});
-    if (arguments.WantsHelp()) {
-        std::fputs("usage: teskcolor separate [--invert] [--cmyk PROFILE] INPUT PLATES.tif|PLATES.png\n"
-                   "       teskcolor separate --packed [--cmyk PROFILE] INPUT OUTPUT.tif\n"
-                   "Separates an RGB (or grey) image through the CMYK profile into four greyscale\n"
-                   "plates PLATES-cyan, -magenta, -yellow and -black, of the input's depth. An\n"
-                   "embedded profile other than the working space is converted from first.\n"
-                   "  --invert         plates hold 255 (65535) for no ink, as 'combine' expects;\n"
-                   "                   without it they hold ink amounts (0 = no ink)\n"
-                   "  --packed         one CMYK TIFF (8-bit ink amounts) carrying the CMYK profile\n"
-                   "  --cmyk PROFILE   the CMYK profile for this run (default: the settings')\n",
-                   stdout);
-        return 0;
-    }
-    arguments.ExpectPositional(2, "separate [--invert|--packed] [--cmyk PROFILE] INPUT OUTPUT");
-    const std::string output = arguments.Positional()[1];
-    const bool packed = arguments.Has("--packed");
-    if (packed && arguments.Has("--invert")) throw CCliError(EExit::Usage, "separate: --packed and --invert exclude each other");
-    const auto type = ImageTypeForPath(output);
-    if (packed ? type != EImageType::Tiff : (!type || *type == EImageType::Jpeg))
-        throw CCliError(EExit::Usage, packed ? "separate: --packed writes a .tif file"
-                                             : "separate: plates are written as .tif or .png");
+namespace {
+
+struct SSeparateOptions {
+    bool invert = false, packed = false;
+    std::optional<int> intent;
+    std::string cmyk, input, output;
+};
+
+int Run(const SSeparateOptions& options) {
+    const auto type = ImageTypeForPath(options.output);
+    if (options.packed ? type != EImageType::Tiff : (!type || *type == EImageType::Jpeg))
+        throw CCliError(EExit::Usage, options.packed ? "separate: --packed writes a .tif file"
+                                                     : "separate: plates are written as .tif or .png");
+    const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
-    if (auto cmyk = arguments.Value("--cmyk")) UseCMYKProfileForThisRun(manager, *cmyk);
+    if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
 
     CProgressBar progress("separating");
-    if (packed) {
-        SeparateFileToPacked(manager, arguments.Positional()[0], output, progress.Status());
+    if (options.packed) {
+        SeparateFileToPacked(manager, options.input, options.output, progress.Status());
         progress.Finish();
-        std::printf("wrote %s\n", output.c_str());
+        std::printf("%s\nwrote %s\n", intent.c_str(), options.output.c_str());
         return 0;
     }
-    const auto written =
-        SeparateFileToPlates(manager, arguments.Positional()[0], output, arguments.Has("--invert"), progress.Status());
+    const auto written = SeparateFileToPlates(manager, options.input, options.output, options.invert, progress.Status());
     progress.Finish();
+    std::printf("%s\n", intent.c_str());
     for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
     return 0;
+}
+
+}  // namespace
+
+SCommand AddSeparateCommand(CLI::App& root) {
+    auto options = std::make_shared<SSeparateOptions>();
+    CLI::App* command = AddSubcommand(
+        root, "separate", "split an RGB image into cyan, magenta, yellow and black plates",
+        "Separates an RGB (or grey) image through the CMYK profile into four greyscale plates\n"
+        "PLATES-cyan, -magenta, -yellow and -black, of the input's depth. An embedded profile\n"
+        "other than the working space is converted from first.\n"
+        "reads: INPUT, the working-space and CMYK profiles.\n"
+        "TIFF plates record which way they read (MinIsWhite for ink amounts), so that 'combine'\n"
+        "takes them back as they are; PNG plates do not ('combine --ink-amounts' for those).\n"
+        "writes: four plates named after OUTPUT (.tif or .png), or with --packed one CMYK TIFF\n"
+        "carrying the CMYK profile.",
+        "teskcolor separate photo.tif plates.tif");
+    CLI::Option* invert = command->add_flag(
+        "--invert", options->invert, "plates hold 255 (65535) for no ink; without it they hold ink amounts");
+    command->add_flag("--packed", options->packed, "one CMYK TIFF (8-bit ink amounts) carrying the CMYK profile")
+        ->excludes(invert);
+    AddCmykOption(*command, options->cmyk);
+    AddIntentOption(*command, options->intent);
+    command->add_option("INPUT", options->input, "the RGB or grey image")->required();
+    command->add_option("OUTPUT", options->output, "PLATES.tif|PLATES.png, or OUTPUT.tif with --packed")->required();
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

@@ -1,9 +1,9 @@
 // teskcolor settings: the colour settings as the module keeps them.
+#include <charconv>
 #include <cstdio>
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -16,18 +16,18 @@ namespace teskcolor {
 
 namespace {
 
-constexpr const char* kHelp =
-    "usage: teskcolor settings [show] [--json]\n"
-    "       teskcolor settings set KEY VALUE...\n"
+constexpr const char* kKeys =
+    "  teskcolor settings [show] [--json]\n"
+    "  teskcolor settings set KEY VALUE...\n"
     "Shows or changes the stored colour settings. Keys:\n"
     "  mode             off | profiles | tables   (tables: the gamma tables of 'gamma')\n"
     "  working-space    an RGB profile (file or installed name)\n"
     "  cmyk-profile     a CMYK printer profile (file or installed name)\n"
     "  monitor-profile  the display's profile\n"
-    "  intent           0 perceptual, 1 relative colorimetric, 2 saturation, 3 absolute\n"
+    "  intent           perceptual, relative, saturation or absolute (or 0..3)\n"
     "  proof            on | off   (soft-proof the display through the proof profile)\n"
     "  proof-profile    the profile to soft-proof with\n"
-    "  proof-intent     0..3, as intent\n"
+    "  proof-intent     as intent\n"
     "  gamma            three numbers, red green blue, for the table mode\n"
     "  embedded         the policy for embedded profiles (an integer)\n";
 
@@ -77,10 +77,10 @@ int Show(CColorManager& manager, bool json) {
                                {"working-space", working.Utf8()},
                                {"cmyk-profile", cmyk.Utf8()},
                                {"monitor-profile", monitor.Utf8()},
-                               {"intent", manager.GetLCSIntent()},
+                               {"intent", IntentText(int(manager.GetLCSIntent()))},
                                {"proof", stored.proof != 0},
                                {"proof-profile", stored.proofProfile.Utf8()},
-                               {"proof-intent", stored.proofIntent},
+                               {"proof-intent", IntentText(stored.proofIntent)},
                                {"gamma", {stored.gamma[0], stored.gamma[1], stored.gamma[2]}},
                                {"embedded", int(manager.GetEmbeddedMode())},
                                {"settings-file", SettingsFilePath()}};
@@ -93,16 +93,21 @@ int Show(CColorManager& manager, bool json) {
     return 0;
 }
 
-DWORD IntentValue(const std::string& text) {
-    if (text.size() != 1 || text[0] < '0' || text[0] > '3')
-        throw CCliError(EExit::Usage, "settings: an intent is 0, 1, 2 or 3");
-    return DWORD(text[0] - '0');
+DWORD IntentValue(const std::string& text, const std::string& key) { return DWORD(ParseIntent(text, "settings: " + key)); }
+
+// The embedded-profile policy: a whole number (the module keeps the host's values as given).
+VCM_EMBEDDED EmbeddedValue(const std::string& text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size() || value < 0)
+        throw CCliError(EExit::Usage, "settings: embedded is a whole number from 0, not '" + text + "'");
+    return VCM_EMBEDDED(value);
 }
 
 // The module joins these names to the colour directory: a profile from
 // elsewhere is installed there first.
 CString CheckedProfile(const std::string& argument, uint32_t space, const std::string& role, CColorManager& manager) {
-    const SProfileSource profile = LoadProfileSource(argument, &manager);
+    const SProfileSource& profile = ResolveProfile(argument, &manager);
     RequireAcceptedProfile(profile);
     RequireColourSpace(profile, space, role);
     return CString(NameInColourDirectory(profile, manager, true));
@@ -145,8 +150,9 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
         commit = false;
     } else if (key == "cmyk-profile") {
         // The CMYK profile may be a path or a name beside the program as well.
-        RequireColourSpace(LoadProfileSource(value, &manager), 0x434D594B, "CMYK profile");
-        CString name(ModuleProfileName(value));
+        const SProfileSource& profile = ResolveProfile(value, &manager);
+        RequireColourSpace(profile, 0x434D594B, "CMYK profile");
+        CString name(profile.moduleName);
         manager.SetCMYKProfile(name);
         commit = false;
     } else if (key == "monitor-profile") {
@@ -154,14 +160,14 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
         manager.SetMonitorProfile(name);
         commit = false;
     } else if (key == "intent") {
-        intent = IntentValue(value);
+        intent = IntentValue(value, key);
     } else if (key == "proof-intent") {
-        proofIntent = IntentValue(value);
+        proofIntent = IntentValue(value, key);
     } else if (key == "proof") {
         if (value != "on" && value != "off") throw CCliError(EExit::Usage, "settings: proof is on or off");
         proof = value == "on";
     } else if (key == "proof-profile") {
-        proofProfile = CString(NameInColourDirectory(LoadProfileSource(value, &manager), manager, true));
+        proofProfile = CString(NameInColourDirectory(ResolveProfile(value, &manager), manager, true));
     } else if (key == "gamma") {
         if (words.size() != 4) throw CCliError(EExit::Usage, "settings: gamma takes three numbers");
         double g[3];
@@ -173,7 +179,7 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
         manager.UpdateSettings(g[0], g[1], g[2]);
         commit = false;
     } else if (key == "embedded") {
-        manager.SetEmbeddedMode(VCM_EMBEDDED(std::atoi(value.c_str())));
+        manager.SetEmbeddedMode(EmbeddedValue(value));
         commit = false;
     } else {
         throw CCliError(EExit::Usage, "settings: unknown key '" + key + "' (see settings --help)");
@@ -186,17 +192,32 @@ int Set(CColorManager& manager, const std::vector<std::string>& words) {
 
 }  // namespace
 
-int RunSettings(const Args& args) {
-    CArguments arguments("settings", args, {{"--json", false}});
-    if (arguments.WantsHelp()) {
-        std::fputs(kHelp, stdout);
-        return 0;
-    }
-    const auto& words = arguments.Positional();
+namespace {
+
+struct SSettingsOptions {
+    bool json = false;
+    std::vector<std::string> words;
+};
+
+int Run(const SSettingsOptions& options) {
+    const auto& words = options.words;
     CColorManager& manager = ColourManager();
-    if (words.empty() || words[0] == "show") return Show(manager, arguments.Has("--json"));
+    if (words.empty() || words[0] == "show") return Show(manager, options.json);
     if (words[0] == "set") return Set(manager, std::vector<std::string>(words.begin() + 1, words.end()));
-    throw CCliError(EExit::Usage, "settings: 'show' or 'set' (see settings --help)");
+    throw CCliError(EExit::Usage, "settings: 'show' or 'set' (see teskcolor help settings)");
+}
+
+}  // namespace
+
+SCommand AddSettingsCommand(CLI::App& root) {
+    auto options = std::make_shared<SSettingsOptions>();
+    CLI::App* command = AddSubcommand(root, "settings", "show or change the colour settings",
+                                      std::string(kKeys) +
+                                          "reads: the settings file. writes: 'set' changes the settings file.",
+                                      "teskcolor settings set intent perceptual");
+    command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");
+    command->add_option("ACTION", options->words, "show | set KEY VALUE...");
+    return {command, [options] { return Run(*options); }};
 }
 
 }  // namespace teskcolor

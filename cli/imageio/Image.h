@@ -25,6 +25,9 @@ struct SImageHeader {
     EVPixelFormat format = VPF_UNKNOWN;
     bool cmyk = false;
     std::vector<uint8_t> iccProfile;
+    // Grey samples that are ink amounts (0 = no ink): a TIFF records them as
+    // PhotometricInterpretation MinIsWhite, which readers turn back into grey.
+    bool inkAmounts = false;
 };
 
 long long DefaultPixelBudget();

@@ -36,7 +36,8 @@ void SetFields(TIFF* tif, const SImageHeader& image) {
         TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED);
         TIFFSetField(tif, TIFFTAG_INKSET, INKSET_CMYK);
     } else {
-        TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, channels >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+        TIFFSetField(tif, TIFFTAG_PHOTOMETRIC,
+                     channels >= 3 ? PHOTOMETRIC_RGB : image.inkAmounts ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK);
     }
     if (alpha) {
         uint16_t extra = EXTRASAMPLE_UNASSALPHA;

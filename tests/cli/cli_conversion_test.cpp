@@ -44,16 +44,16 @@ TEST_F(CliConversion, InfoJsonOnTheSharedCMYKProfiles) {
         EXPECT_EQ(info["header"]["size"], fs::file_size(Profile(name)));
         EXPECT_NE(info["description"].get<std::string>().find(std::string(name).substr(0, 4)), std::string::npos);
         EXPECT_FALSE(info["copyright"].get<std::string>().empty());
-        EXPECT_EQ(info["classification"]["cmyk_printer"], true);
-        EXPECT_EQ(info["classification"]["working_space"], false);
+        EXPECT_EQ(info["module_analysis"]["classification"]["cmyk_printer"], true);
+        EXPECT_EQ(info["module_analysis"]["classification"]["working_space"], false);
         // Paper white: a little darker and yellower than the D50 illuminant.
-        const auto white = info["colorimetry"]["white_point"];
+        const auto white = info["module_analysis"]["colorimetry"]["white_point"];
         EXPECT_GT(white[1].get<double>(), 0.7);
         EXPECT_LE(white[1].get<double>(), 1.0);
     }
     // The SWOP profile is the default CMYK profile here; the FOGRA one is not.
     const auto swop = nlohmann::json::parse(RunTeskcolor({"info", "--json", Profile("SWOP Coated (TR003).icc")}).out);
-    EXPECT_EQ(swop["classification"]["same_as_cmyk_profile"], true);
+    EXPECT_EQ(swop["module_analysis"]["classification"]["same_as_cmyk_profile"], true);
 }
 
 TEST_F(CliConversion, InfoReportsAnImagesEmbeddedProfileAndRefusesGarbage) {
@@ -62,10 +62,10 @@ TEST_F(CliConversion, InfoReportsAnImagesEmbeddedProfileAndRefusesGarbage) {
     WriteImage(Path("tagged.png"), image);
     const auto info = nlohmann::json::parse(RunTeskcolor({"info", "--json", Path("tagged.png")}).out);
     EXPECT_EQ(info["header"]["colour_space"], "RGB ");
-    EXPECT_EQ(info["curves"]["rTRC"]["type"], "para");
-    EXPECT_EQ(info["curves"]["rTRC"]["function_type"], 3);
+    EXPECT_EQ(info["module_analysis"]["curves"]["rTRC"]["type"], "para");
+    EXPECT_EQ(info["module_analysis"]["curves"]["rTRC"]["function_type"], 3);
     // A monitor-class profile counts as a working space only with single-gamma curves.
-    EXPECT_EQ(info["classification"]["working_space"], false);
+    EXPECT_EQ(info["module_analysis"]["classification"]["working_space"], false);
 
     std::vector<uint8_t> garbage = SrgbProfileBytes();
     for (size_t i = 36; i < 40; ++i) garbage[i] = 'x';  // no signature byte left
@@ -81,9 +81,9 @@ TEST_F(CliConversion, MadeProfileReadsBackWithItsGamma) {
     EXPECT_EQ(info["verdict"], "valid");
     EXPECT_EQ(info["description"], "Test display");
     EXPECT_EQ(info["header"]["class"], "mntr");
-    EXPECT_NEAR(info["curves"]["gTRC"]["gamma"].get<double>(), 1.8, 1.0 / 256);
-    EXPECT_NEAR(info["colorimetry"]["rXYZ"][0].get<double>(), 0.6097, 1e-4);
-    EXPECT_EQ(info["classification"]["working_space"], true);
+    EXPECT_NEAR(info["module_analysis"]["curves"]["gTRC"]["gamma"].get<double>(), 1.8, 1.0 / 256);
+    EXPECT_NEAR(info["module_analysis"]["colorimetry"]["rXYZ"][0].get<double>(), 0.6097, 1e-4);
+    EXPECT_EQ(info["module_analysis"]["classification"]["working_space"], true);
     // lcms2 reads it as the same colour space.
     cmsHPROFILE profile = cmsOpenProfileFromFile(Path("d.icc").c_str(), "r");
     ASSERT_NE(profile, nullptr);
@@ -117,16 +117,19 @@ TEST_F(CliConversion, SeparateThenCombineGivesInGamutColoursBack) {
     for (const char* name : {"SWOP Coated (TR003).icc", "ISO Coated (FOGRA39).icc"}) {
         const std::string profile = Profile(name);
         WriteImage(Path("in.tif"), InGamutImage(profile));
-        Run({"separate", "--invert", "--cmyk", profile, Path("in.tif"), Path("plates.tif")});
-        Run({"combine", "--cmyk", profile, Path("plates.tif"), Path("back.tif")});
-        const SImage input = ReadImage(Path("in.tif"));
-        const SImage back = ReadImage(Path("back.tif"));
-        ASSERT_EQ(back.pixels.GetPixelFormat(), VPF_RGB_8);
-        EXPECT_FALSE(back.iccProfile.empty());
-        const auto [worst, mean] = tesk::test::DeltaE2000(input.pixels, back.pixels);
-        EXPECT_LT(mean, 1.0) << name;
-        EXPECT_LT(worst, 5.0) << name;
-        std::printf("%s: CIEDE2000 mean %.2f, worst %.2f\n", name, mean, worst);
+        // Either plate convention comes back on combine's defaults: the TIFF plates say which they hold.
+        for (const std::string convention : {"--invert", "--intent=perceptual"}) {
+            Run({"separate", convention, "--cmyk", profile, Path("in.tif"), Path("plates.tif")});
+            Run({"combine", "--cmyk", profile, Path("plates.tif"), Path("back.tif")});
+            const SImage input = ReadImage(Path("in.tif"));
+            const SImage back = ReadImage(Path("back.tif"));
+            ASSERT_EQ(back.pixels.GetPixelFormat(), VPF_RGB_8);
+            EXPECT_FALSE(back.iccProfile.empty());
+            const auto [worst, mean] = tesk::test::DeltaE2000(input.pixels, back.pixels);
+            EXPECT_LT(mean, 1.0) << name << " " << convention;
+            EXPECT_LT(worst, 5.0) << name << " " << convention;
+            std::printf("%s %s: CIEDE2000 mean %.2f, worst %.2f\n", name, convention.c_str(), mean, worst);
+        }
     }
 }
 
@@ -185,13 +188,14 @@ TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
     EXPECT_EQ(ours.iccProfile, tesk::test::ReadBytes(profile));
     EXPECT_LE(MaxSampleDifference(ours.pixels, reference.pixels), 1);
     EXPECT_GE(MaxSampleDifference(ours.pixels, reference.pixels), 0);
-    // The plates, banded on their own path, hold the packed image's channels.
+    // The plates, banded on their own path, hold the packed image's channels
+    // (MinIsWhite: read back as grey, 255 - ink).
     for (int ink = 0; ink < 4; ++ink) {
         const SImage plate = ReadImage(Path(std::string("ink-") + kInks[ink] + ".tif"));
         ASSERT_EQ(plate.pixels.GetHeight(), 1000);
         for (int y = 0; y < 1000; ++y)
             for (int x = 0; x < 3000; ++x)
-                ASSERT_EQ(plate.pixels.GetRow(y)[x], ours.pixels.GetRow(y)[4 * x + ink]) << kInks[ink] << " " << x << "," << y;
+                ASSERT_EQ(255 - plate.pixels.GetRow(y)[x], ours.pixels.GetRow(y)[4 * x + ink]) << kInks[ink] << " " << x << "," << y;
     }
 }
 
@@ -212,6 +216,91 @@ TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     size_t files = 0;
     for (const auto& entry : fs::directory_iterator(Path("demo"))) files += entry.is_regular_file();
     EXPECT_EQ(files, 8u);  // no temporaries left
+}
+
+TEST_F(CliConversion, GreyWithAlphaConvertsToRgbTaggedWithTheTarget) {
+    const SImage grey = PatternImage(16, 8, VPF_GREY_ALPHA_8);
+    WriteImage(Path("grey-alpha.png"), grey);
+    tesk::test::WriteBytes(Path("srgb.icc"), SrgbProfileBytes());
+    Run({"convert", "--from", Path("srgb.icc"), Path("grey-alpha.png"), Path("out.png")});
+    const SImage out = ReadImage(Path("out.png"));
+    ASSERT_EQ(out.pixels.GetPixelFormat(), VPF_RGBA_8);
+    EXPECT_FALSE(out.iccProfile.empty());
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 16; ++x) EXPECT_EQ(out.pixels.GetRow(y)[4 * x + 3], grey.pixels.GetRow(y)[2 * x + 1]);
+}
+
+// Proofing on in the settings changes the separation's intent: the command
+// says so, and --intent gives the default separation back for one run.
+TEST_F(CliConversion, SeparationSaysItsIntentAndTakesOneForTheRun) {
+    Run({"chart", "--width", "64", "--height", "48", Path("c.tif")});
+    SRun run = RunTeskcolor({"separate", "--packed", Path("c.tif"), Path("plain.tif")});
+    EXPECT_NE(run.out.find("intent: perceptual (0)"), std::string::npos) << run.out;
+    Run({"settings", "set", "proof", "on"});
+    run = RunTeskcolor({"separate", "--packed", Path("c.tif"), Path("proofing.tif")});
+    EXPECT_NE(run.out.find("the proof intent"), std::string::npos) << run.out;
+    Run({"separate", "--packed", "--intent", "perceptual", Path("c.tif"), Path("chosen.tif")});
+    EXPECT_EQ(tesk::test::ReadBytes(Path("chosen.tif")), tesk::test::ReadBytes(Path("plain.tif")));
+    EXPECT_NE(tesk::test::ReadBytes(Path("proofing.tif")), tesk::test::ReadBytes(Path("plain.tif")));
+}
+
+TEST_F(CliConversion, InfoSaysWhyAndShowsTheFilesOwnValues) {
+    const std::vector<uint8_t> srgb = SrgbProfileBytes();
+    std::vector<uint8_t> truncated(srgb.begin(), srgb.begin() + 200);
+    tesk::test::WriteBytes(Path("truncated.icc"), truncated);
+    tesk::test::WriteBytes(Path("text.icc"), std::vector<uint8_t>(300, 'x'));
+    for (const auto& [file, reason] : {std::pair<std::string, std::string>{"truncated.icc", "truncated: header says"},
+                                       {"text.icc", "no 'acsp' signature"}}) {
+        const SRun run = RunTeskcolor({"info", "--json", Path(file)});
+        EXPECT_EQ(run.code, 4) << file;
+        EXPECT_NE(nlohmann::json::parse(run.out)["reason"].get<std::string>().find(reason), std::string::npos) << file;
+    }
+    tesk::test::WriteBytes(Path("srgb.icc"), srgb);
+    const SRun run = RunTeskcolor({"info", "--json", Path("srgb.icc")});
+    ASSERT_EQ(run.code, 0) << run.err;
+    const auto values = nlohmann::json::parse(run.out)["file_values"];
+    EXPECT_EQ(values["rTRC"]["parametric_type"], 4);
+    double smallest = 1;
+    for (const auto& entry : values["chromatic_adaptation"]) smallest = std::min(smallest, entry.get<double>());
+    EXPECT_LT(smallest, 0) << values.dump();
+
+    const std::string named = "/usr/share/color/icc/colord/x11-colors.icc";
+    if (!fs::exists(named)) GTEST_SKIP() << "colord-data is not installed";
+    const SRun namedRun = RunTeskcolor({"info", "--json", named});
+    EXPECT_EQ(namedRun.code, 0) << namedRun.out;
+    EXPECT_NE(namedRun.out.find("named-colour"), std::string::npos);
+}
+
+TEST_F(CliConversion, EveryMakeProfileCombinationWritesAValidProfile) {
+    for (const auto& options : std::vector<std::vector<std::string>>{
+             {}, {"--primaries", "adobe"}, {"--primaries", "srgb", "--gamma", "1.8"}, {"--gamma", "2.2"}}) {
+        std::vector<std::string> args = {"make-profile"};
+        args.insert(args.end(), options.begin(), options.end());
+        args.push_back(Path("made.icc"));
+        const SRun made = RunTeskcolor(args);
+        ASSERT_EQ(made.code, 0) << made.err;
+        cmsHPROFILE profile = cmsOpenProfileFromFile(Path("made.icc").c_str(), "r");
+        EXPECT_NE(profile, nullptr);
+        if (profile) cmsCloseProfile(profile);
+        EXPECT_EQ(RunTeskcolor({"info", Path("made.icc")}).code, 0);
+    }
+}
+
+// The description's ASCII part holds 7-bit text, its Unicode part the text itself.
+TEST_F(CliConversion, DescriptionIsAsciiAndUnicodeInTheirOwnParts) {
+    Run({"make-profile", "--description", "Mon \u00e9cran", Path("mon.icc")});
+    cmsHPROFILE profile = cmsOpenProfileFromFile(Path("mon.icc").c_str(), "r");
+    ASSERT_NE(profile, nullptr);
+    std::vector<uint8_t> tag(512);
+    tag.resize(cmsReadRawTag(profile, cmsSigProfileDescriptionTag, tag.data(), cmsUInt32Number(tag.size())));
+    cmsCloseProfile(profile);
+    ASSERT_GT(tag.size(), 40u);
+    const std::string ascii(reinterpret_cast<const char*>(tag.data() + 12));
+    EXPECT_EQ(ascii, "Mon ?cran");
+    const size_t unicode = 12 + ascii.size() + 1;
+    ASSERT_EQ(tag[unicode + 7], 10);  // nine characters and the NUL
+    const std::vector<uint8_t> units(tag.begin() + std::ptrdiff_t(unicode + 8), tag.begin() + std::ptrdiff_t(unicode + 26));
+    EXPECT_EQ(units, (std::vector<uint8_t>{0, 'M', 0, 'o', 0, 'n', 0, ' ', 0, 0xE9, 0, 'c', 0, 'r', 0, 'a', 0, 'n'}));
 }
 
 }  // namespace

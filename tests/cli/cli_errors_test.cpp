@@ -4,6 +4,8 @@
 #include <tiffio.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "cli/imageio/ImageFile.h"
 #include "cli_runner.h"
@@ -51,6 +53,45 @@ TEST_F(CliErrors, BadArgumentsAreUsageErrors) {
     EXPECT_EQ(RunTeskcolor({"chart", "--width", "ten", Path("c.png")}).code, 2);
     EXPECT_EQ(RunTeskcolor({"separate", "--cmyk"}).code, 2);
     EXPECT_EQ(RunTeskcolor({"settings", "set", "intent", "7"}).code, 2);
+}
+
+// Numbers and choices that used to be taken, rounded or stored as 0.
+TEST_F(CliErrors, EveryNumberAndChoiceIsChecked) {
+    for (const auto& args : std::vector<std::vector<std::string>>{
+             {"chart", "--width", "100.5", Path("c.png")},
+             {"chart", "--16bit", Path("c16.jpg")},
+             {"proof", "--intent", "1.5", Path("in.png"), Path("out.png")},
+             {"proof", "--proof-intent", "vivid", Path("in.png"), Path("out.png")},
+             {"make-profile", "--primaries", "p3", Path("p.icc")},
+             {"settings", "set", "embedded", "foo"},
+             {"settings", "set", "proof-intent", "relative colorimetric"}}) {
+        const SRun run = RunTeskcolor(args);
+        EXPECT_EQ(run.code, 2) << args[0] << " " << args[1];
+        ExpectOneLine(run);
+    }
+    EXPECT_EQ(FilesIn(env_.Root()), 0u);
+}
+
+TEST_F(CliErrors, ProgramConventions) {
+    SRun run = RunTeskcolor({"--version"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out.rfind("teskcolor ", 0), 0u) << run.out;
+    run = RunTeskcolor({"help", "separate"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_NE(run.out.find("usage: teskcolor separate"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("example:"), std::string::npos) << run.out;
+    EXPECT_EQ(RunTeskcolor({"help", "frobnicate"}).code, 2);
+    // The module's trace for one run, and only when asked.
+    EXPECT_NE(RunTeskcolor({"--verbose", "settings", "show"}).err.find("[INFO]"), std::string::npos);
+    EXPECT_EQ(RunTeskcolor({"settings", "show"}).err, "");
+    // No display is not a failure of the colour system.
+    unsetenv("DISPLAY");
+    for (const char* command : {"view", "setup"}) {
+        run = RunTeskcolor(command == std::string("view") ? std::vector<std::string>{command, Path("x.png")}
+                                                            : std::vector<std::string>{command});
+        EXPECT_EQ(run.code, 8) << command << ": " << run.err;
+        ExpectOneLine(run);
+    }
 }
 
 TEST_F(CliErrors, MissingInputIsExitThree) {
@@ -169,10 +210,23 @@ TEST_F(CliErrors, RunOnlyOverridesLeaveTheStoredSettingsAlone) {
     EXPECT_EQ(RunTeskcolor({"settings", "show", "--json"}).out, before);
 
     ASSERT_EQ(RunTeskcolor({"settings", "set", "cmyk-profile", kFogra}).code, 0);
-    ASSERT_EQ(RunTeskcolor({"settings", "set", "intent", "1"}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"settings", "set", "intent", "saturation"}).code, 0);
     const std::string after = RunTeskcolor({"settings", "show"}).out;
     EXPECT_NE(after.find("FOGRA39"), std::string::npos) << after;
-    EXPECT_NE(after.find("intent           1"), std::string::npos) << after;
+    EXPECT_NE(after.find("intent           saturation (2)"), std::string::npos) << after;
+}
+
+TEST_F(CliErrors, SettingsFileHasNamedKeysAndOldFilesAreRead) {
+    fs::create_directories(env_.ConfigDir() + "/teskcolor");
+    const std::string file = env_.ConfigDir() + "/teskcolor/settings.json";
+    tesk::test::WriteBytes(file, {});
+    std::ofstream(file) << R"({"169/177": {"int": 2}})";
+    EXPECT_NE(RunTeskcolor({"settings", "show"}).out.find("saturation (2)"), std::string::npos);
+    ASSERT_EQ(RunTeskcolor({"settings", "set", "intent", "absolute"}).code, 0);
+    std::stringstream text;
+    text << std::ifstream(file).rdbuf();
+    EXPECT_NE(text.str().find("\"intent\""), std::string::npos) << text.str();
+    EXPECT_EQ(text.str().find("169/177"), std::string::npos) << text.str();
 }
 
 }  // namespace

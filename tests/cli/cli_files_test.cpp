@@ -132,6 +132,12 @@ TEST_F(CliFiles, ASettingOfSeveralValuesIsOneReplacementOfTheFile) {
     EXPECT_EQ(Settings()["gamma"], nlohmann::json::array({1.8, 2.0, 2.2}));
 }
 
+// How `settings show --json` names an intent: "relative (1)".
+std::string IntentShown(int intent) {
+    static const char* const names[4] = {"perceptual", "relative", "saturation", "absolute"};
+    return std::string(names[intent]) + " (" + std::to_string(intent) + ")";
+}
+
 TEST_F(CliFiles, ConcurrentChangesOfDifferentSettingsAreBothKept) {
     ASSERT_EQ(RunTeskcolor({"settings", "set", "intent", "0"}).code, 0);
     // A killed writer's temporary, which the next change clears away.
@@ -143,8 +149,8 @@ TEST_F(CliFiles, ConcurrentChangesOfDifferentSettingsAreBothKept) {
         ASSERT_EQ(first.get().code, 0);
         ASSERT_EQ(second.code, 0) << second.err;
         const nlohmann::json now = Settings();
-        EXPECT_EQ(now["intent"], round % 4) << "round " << round;
-        EXPECT_EQ(now["proof-intent"], (round + 1) % 4) << "round " << round;
+        EXPECT_EQ(now["intent"], IntentShown(round % 4)) << "round " << round;
+        EXPECT_EQ(now["proof-intent"], IntentShown((round + 1) % 4)) << "round " << round;
     }
     EXPECT_FALSE(fs::exists(SettingsFile() + ".Ab3dEf"));
 }

@@ -89,10 +89,10 @@ protected:
 
 TEST_F(DeviceCommandTest, WithoutADisplayViewAndSetupSayWhy) {
     SRun view = Teskcolor("view " + Quoted(input_));
-    EXPECT_EQ(view.code, 1);
+    EXPECT_EQ(view.code, 8);
     EXPECT_NE(view.out.find("DISPLAY is not set"), std::string::npos) << view.out;
     SRun setup = Teskcolor("setup");
-    EXPECT_EQ(setup.code, 1);
+    EXPECT_EQ(setup.code, 8);
     EXPECT_NE(setup.out.find("DISPLAY is not set"), std::string::npos) << setup.out;
     EXPECT_EQ(Teskcolor("gamma").code, 2);
     // Never into a display held in memory that dies with the process.
@@ -101,7 +101,7 @@ TEST_F(DeviceCommandTest, WithoutADisplayViewAndSetupSayWhy) {
     for (const char* display : {"", ":4095"}) {
         if (*display) ::setenv("DISPLAY", display, 1);
         SRun load = Teskcolor("gamma load " + Quoted(calibrated));
-        EXPECT_EQ(load.code, 1) << display;
+        EXPECT_EQ(load.code, 8) << display;
         EXPECT_NE(load.out.find("no display to load the gamma ramp into"), std::string::npos) << load.out;
     }
     ::unsetenv("DISPLAY");
@@ -138,6 +138,19 @@ TEST_F(DisplayCommandTest, ViewShowsTheImageThroughTheDisplayTransform) {
     }
     cmsDeleteTransform(transform);
     EXPECT_TRUE(moved) << "gamma 2.2 to 1.8 moves mid-tones";
+}
+
+// An image larger than the 800 x 600 screen is fitted to it, and captured whole.
+TEST_F(DisplayCommandTest, ViewFitsALargeImageToTheScreen) {
+    const std::string large = env_.Root() + "/large.tif";
+    ASSERT_EQ(Teskcolor("chart --width 2000 --height 1000 " + Quoted(large)).code, 0);
+    const std::string shot = env_.Root() + "/shot.png";
+    SRun view = Teskcolor("view --screenshot " + Quoted(shot) + " --timeout 0 " + Quoted(large));
+    ASSERT_EQ(view.code, 0) << view.out;
+    const teskcolor::SImage screenshot = teskcolor::ReadImage(shot);
+    EXPECT_EQ(screenshot.pixels.GetWidth(), 720);
+    EXPECT_EQ(screenshot.pixels.GetHeight(), 360);
+    EXPECT_EQ(Teskcolor("view --zoom 2 --timeout 0 " + Quoted(large)).code, 2);
 }
 
 TEST_F(DisplayCommandTest, SetupSavesWhatTheDialogAccepts) {
