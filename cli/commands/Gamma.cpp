@@ -15,6 +15,8 @@
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/plots/GammaRampPlot.h"
+#include "cli/plots/PlotFile.h"
 #include "colormgr/ColorManager.h"
 #include "icc/ICCReadColorProfile.h"
 
@@ -156,6 +158,7 @@ void PrintRamp(const SRamp& ramp, bool all) {
 
 struct SGammaOptions {
     bool all = false;
+    std::string plot;
     std::vector<std::string> words;
 };
 
@@ -167,8 +170,9 @@ int Run(const SGammaOptions& options) {
     const auto& words = options.words;
     const std::string action = words.empty() ? "" : words[0];
     if (action == "show") {
-        ExpectWords(words, 1, "gamma show [--all]");
+        ExpectWords(words, 1, "gamma show [--all] [--plot OUT]");
         PrintRamp(ReadDisplayRamp(), options.all);
+        if (!options.plot.empty()) WriteGammaRampPlot(options.plot, ReadDisplayRamp(), ReadSavedRamp());
         if (ReadSavedRamp()) std::printf("a ramp saved by 'gamma load' waits for 'gamma restore'\n");
         return 0;
     }
@@ -216,6 +220,8 @@ SCommand AddGammaCommand(CLI::App& root) {
         "before it in the configuration folder, restore removes it.",
         "teskcolor gamma load calibrated.icc");
     command->add_flag("--all", options->all, "show every entry of the ramp");
+    command->add_option("--plot", options->plot, "show: draw the current and the saved ramp (.png, .svg or .pdf)")
+        ->check(PlotFileName());
     command->add_option("ACTION", options->words, "load PROFILE | restore | show");
     return {command, [options] { return Run(*options); }};
 }

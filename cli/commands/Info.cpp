@@ -11,6 +11,8 @@
 #include "cli/ModuleHost.h"
 #include "cli/ProfileHeader.h"
 #include "cli/imageio/OutputFile.h"
+#include "cli/plots/PlotFile.h"
+#include "cli/plots/ProfilePlot.h"
 #include "colormgr/ColorManager.h"
 #include "icc/ICCReadColorProfile.h"
 
@@ -144,7 +146,7 @@ namespace {
 
 struct SInfoOptions {
     bool json = false;
-    std::string profile;
+    std::string profile, plot, compare;
 };
 
 int Run(const SInfoOptions& options) {
@@ -155,6 +157,11 @@ int Run(const SInfoOptions& options) {
         std::printf("%s\n", description.dump(2).c_str());
     else
         PrintText(description);
+    if (!options.plot.empty()) {
+        const SProfileSource* other = options.compare.empty() ? nullptr : &ResolveProfile(options.compare, &manager);
+        WriteProfilePlot(options.plot, {profile.bytes, profile.origin},
+                         other ? std::optional<SProfileBytes>({other->bytes, other->origin}) : std::nullopt);
+    }
     return description["verdict"] == "valid" ? 0 : int(EExit::Corrupt);
 }
 
@@ -171,6 +178,9 @@ SCommand AddInfoCommand(CLI::App& root) {
         "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output).",
         "teskcolor info --json AdobeRGB1998.icc");
     command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");
+    CLI::Option* plot = command->add_option("--plot", options->plot, "draw the gamut and tone curves (.png, .svg or .pdf)")
+                                ->check(PlotFileName());
+    command->add_option("--compare", options->compare, "the profile the gamut is drawn beside (default sRGB)")->needs(plot);
     command->add_option("PROFILE", options->profile, "a profile file, an installed name, or an image")->required();
     return {command, [options] { return Run(*options); }};
 }

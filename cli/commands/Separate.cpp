@@ -10,6 +10,7 @@
 #include "cli/PlateFiles.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/plots/InkCoverageCheck.h"
 
 namespace teskcolor {
 
@@ -18,6 +19,7 @@ namespace {
 struct SSeparateOptions {
     bool invert = false, packed = false;
     std::string cmyk, input, output;
+    SInkCheckOptions ink;
 };
 
 int Run(const SSeparateOptions& options) {
@@ -33,12 +35,12 @@ int Run(const SSeparateOptions& options) {
         SeparateFileToPacked(manager, options.input, options.output, progress.Status());
         progress.Finish();
         std::printf("wrote %s\n", options.output.c_str());
-        return 0;
+        return CheckInkCoverage(options.ink, {options.output}, false, DefaultCMYKProfile(manager).bytes);
     }
     const auto written = SeparateFileToPlates(manager, options.input, options.output, options.invert, progress.Status());
     progress.Finish();
     for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
-    return 0;
+    return CheckInkCoverage(options.ink, written, options.invert, DefaultCMYKProfile(manager).bytes);
 }
 
 }  // namespace
@@ -59,6 +61,7 @@ SCommand AddSeparateCommand(CLI::App& root) {
     command->add_flag("--packed", options->packed, "one CMYK TIFF (8-bit ink amounts) carrying the CMYK profile")
         ->excludes(invert);
     AddCmykOption(*command, options->cmyk);
+    AddInkCoverageOptions(*command, options->ink);
     command->add_option("INPUT", options->input, "the RGB or grey image")->required();
     command->add_option("OUTPUT", options->output, "PLATES.tif|PLATES.png, or OUTPUT.tif with --packed")->required();
     return {command, [options] { return Run(*options); }};
