@@ -28,7 +28,7 @@ void DrawHistogram(cairo_t* cr, const SInkCoverage& coverage) {
         const double from = bin * SInkCoverage::kBinPercent, to = from + SInkCoverage::kBinPercent;
         const double share = Share(coverage, coverage.bins[size_t(bin)]);
         if (share <= 0) continue;
-        SetColour(cr, from >= coverage.limit ? kLimitColour : kProfileColour);
+        SetColour(cr, to > coverage.limit + 1e-6 ? kLimitColour : kProfileColour);
         cairo_rectangle(cr, axes.X(from) + 1, axes.Y(share), axes.X(to) - axes.X(from) - 2, axes.Y(0) - axes.Y(share));
         cairo_fill(cr);
     }
@@ -61,6 +61,7 @@ void DrawHeatMap(cairo_t* cr, const SInkCoverage& coverage) {
     const double y = top + (coverage.maximumY + 0.5) / coverage.height * coverage.mapRows * cell;
     cairo_set_source_rgb(cr, 0, 0.3, 1);
     cairo_set_line_width(cr, 2);
+    cairo_new_sub_path(cr);
     cairo_arc(cr, x, y, std::max(cell, 6.0), 0, 2 * M_PI);
     cairo_stroke(cr);
 }

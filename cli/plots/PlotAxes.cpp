@@ -69,6 +69,7 @@ void DrawPolyline(cairo_t* cr, const SAxes& axes, const SPoints& points, const S
 
 void DrawDot(cairo_t* cr, const SAxes& axes, double x, double y, const SColour& colour, double radius) {
     SetColour(cr, colour);
+    cairo_new_sub_path(cr);
     cairo_arc(cr, axes.X(x), axes.Y(y), radius, 0, 2 * M_PI);
     cairo_fill(cr);
 }
