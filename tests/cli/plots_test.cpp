@@ -14,6 +14,7 @@
 #include "cli/plots/InkCoverage.h"
 #include "cli/plots/InkCoverageCheck.h"
 #include "cli/plots/InkCoveragePlot.h"
+#include "cli/plots/ProfileGamut.h"
 #include "cli/plots/ProfilePlot.h"
 #include "image_fixtures.h"
 #include "support/temp_env.h"
@@ -106,6 +107,32 @@ TEST_F(PlotsTest, GammaPictureDrawsEachChannelsRampInItsPanel) {
     EXPECT_TRUE(picture.Shows(GammaRampPlotAxes(1).X(x), GammaRampPlotAxes(1).Y(x * x), kChannelColours[1]));
     EXPECT_TRUE(picture.Shows(GammaRampPlotAxes(2).X(x), GammaRampPlotAxes(2).Y(std::sqrt(x)), kChannelColours[2]));
     EXPECT_TRUE(picture.OnlyShows(GammaRampPlotAxes(1).X(x), GammaRampPlotAxes(1).Y(x), kWhite));
+}
+
+// A table-based profile's outline is found by sampling: its corners are the
+// solid inks and their overprints, as lcms2 itself converts them.
+TEST_F(PlotsTest, CmykOutlineReachesTheSolidsAndOverprints) {
+    const std::vector<uint8_t> bytes = tesk::test::ReadBytes(tesk::test::DataPath("ColorProfile/ISO Coated (FOGRA39).icc"));
+    const SGamut gamut = GamutOfProfile(bytes, "FOGRA39", kProfileColour);
+    EXPECT_TRUE(gamut.primaries.empty());
+    ASSERT_GE(gamut.outline.size(), 6u);
+
+    cmsHPROFILE cmyk = cmsOpenProfileFromMem(bytes.data(), cmsUInt32Number(bytes.size()));
+    cmsHPROFILE xyz = cmsCreateXYZProfile();
+    cmsHTRANSFORM transform = cmsCreateTransform(cmyk, TYPE_CMYK_DBL, xyz, TYPE_XYZ_DBL, INTENT_RELATIVE_COLORIMETRIC, 0);
+    const double solids[6][4] = {{100, 0, 0, 0}, {0, 100, 0, 0}, {0, 0, 100, 0},
+                                 {0, 100, 100, 0}, {100, 0, 100, 0}, {100, 100, 0, 0}};
+    for (const auto& ink : solids) {
+        cmsCIEXYZ colour;
+        cmsDoTransform(transform, ink, &colour, 1);
+        const double sum = colour.X + colour.Y + colour.Z, x = colour.X / sum, y = colour.Y / sum;
+        double nearest = 1;
+        for (const auto& [vx, vy] : gamut.outline) nearest = std::min(nearest, std::hypot(vx - x, vy - y));
+        EXPECT_LT(nearest, 0.01) << ink[0] << " " << ink[1] << " " << ink[2];
+    }
+    cmsDeleteTransform(transform);
+    cmsCloseProfile(xyz);
+    cmsCloseProfile(cmyk);
 }
 
 // 30 x 20 pixels, C=M=Y=K: the left 10 columns 200 (313.7%), the rest 64 (100.4%).
