@@ -210,12 +210,13 @@ SCommand AddGammaCommand(CLI::App& root) {
         root, "gamma", "load a profile's calibration into the display's gamma ramp, restore it",
         "  teskcolor gamma load PROFILE\n"
         "  teskcolor gamma restore\n"
-        "  teskcolor gamma show [--all]\n"
+        "  teskcolor gamma show [--all] [--plot OUT]\n"
         "The display's hardware gamma ramp (the X server's CRTC gamma when DISPLAY is set).\n"
         "  load PROFILE   set the ramp from the profile's vcgt (video-card gamma) tag; the\n"
         "                 ramp in place before the first load is kept for 'restore'\n"
         "  restore        put back the ramp kept by the first load\n"
-        "  show           the current ramp: five samples a channel, or every entry with --all\n"
+        "  show           the current ramp: five samples a channel, or every entry with --all;\n"
+        "                 --plot draws it beside the ramp kept by load\n"
         "reads: PROFILE, the display's ramp. writes: the display's ramp; load keeps the ramp\n"
         "before it in the configuration folder, restore removes it.",
         "teskcolor gamma load calibrated.icc");

@@ -175,7 +175,9 @@ SCommand AddInfoCommand(CLI::App& root) {
         "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
         "check's verdict, header fields, description and copyright, tone curves, colorants and\n"
         "white point, and how the module classifies it.\n"
-        "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output).",
+        "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output);\n"
+        "with --plot, a picture of the gamut on the xy diagram beside sRGB (or --compare) and the\n"
+        "tone curves.",
         "teskcolor info --json AdobeRGB1998.icc");
     command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");
     CLI::Option* plot = command->add_option("--plot", options->plot, "draw the gamut and tone curves (.png, .svg or .pdf)")

@@ -54,7 +54,8 @@ SCommand AddSeparateCommand(CLI::App& root) {
         "other than the working space is converted from first.\n"
         "reads: INPUT, the working-space and CMYK profiles.\n"
         "writes: four plates named after OUTPUT (.tif or .png), or with --packed one CMYK TIFF\n"
-        "carrying the CMYK profile.",
+        "carrying the CMYK profile. With --report, --max-ink or --fail-over-limit the total ink\n"
+        "coverage is measured and printed (and drawn with --report) against the limit.",
         "teskcolor separate photo.tif plates.tif");
     CLI::Option* invert = command->add_flag(
         "--invert", options->invert, "plates hold 255 (65535) for no ink; without it they hold ink amounts");
