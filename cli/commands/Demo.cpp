@@ -10,6 +10,7 @@
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
+#include "cli/plots/ProfilePlot.h"
 #include "colormgr/ColorManager.h"
 
 namespace teskcolor {
@@ -66,6 +67,8 @@ int Run(const SDemoOptions& options) {
     progress.Finish();
     std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
     files.Commit();
+    WriteGamutPlot(path("gamuts.png"), {{workingSpace.bytes, workingSpace.origin}, {cmykProfile.bytes, cmykProfile.origin}});
+    std::printf("5. gamuts           %s\n", path("gamuts.png").c_str());
     std::printf("done: the files are in %s\n", folder.c_str());
     return 0;
 }
@@ -81,7 +84,8 @@ SCommand AddDemoCommand(CLI::App& root) {
         "the CMYK profile.\n"
         "reads: the settings' working-space and CMYK profiles.\n"
         "writes: into FOLDER (default ./teskcolor-demo) chart.tif,\n"
-        "chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif, recombined.tif, proof.tif.",
+        "chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif, recombined.tif, proof.tif,\n"
+        "gamuts.png (the working space's and the CMYK profile's gamuts).",
         "teskcolor demo /tmp/demo");
     AddCmykOption(*command, options->cmyk);
     command->add_option("FOLDER", options->folder, "where the files go (default ./teskcolor-demo)");

@@ -14,6 +14,8 @@
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/SavedGammaRamp.h"
+#include "cli/plots/GammaRampPlot.h"
+#include "cli/plots/PlotFile.h"
 #include "colormgr/ColorManager.h"
 #include "icc/ICCReadColorProfile.h"
 
@@ -136,6 +138,7 @@ void PrintRamp(const SRamp& ramp, bool all) {
 
 struct SGammaOptions {
     bool all = false;
+    std::string plot;
     std::vector<std::string> words;
 };
 
@@ -147,9 +150,11 @@ int Run(const SGammaOptions& options) {
     const auto& words = options.words;
     const std::string action = words.empty() ? "" : words[0];
     if (action == "show") {
-        ExpectWords(words, 1, "gamma show [--all]");
-        PrintRamp(ReadDisplayRamp("to show the gamma ramp of"), options.all);
+        ExpectWords(words, 1, "gamma show [--all] [--plot OUT]");
+        const SRamp current = ReadDisplayRamp("to show the gamma ramp of");
+        PrintRamp(current, options.all);
         const SSavedRamp saved = ReadSavedRamp();
+        if (!options.plot.empty()) WriteGammaRampPlot(options.plot, current, saved.ramp);
         if (saved.ramp) std::printf("a ramp saved by 'gamma load' waits for 'gamma restore'\n");
         else if (saved.exists)
             std::printf("the saved ramp %s is damaged (%s); the next 'gamma load' replaces it\n", saved.path.c_str(),
@@ -199,16 +204,19 @@ SCommand AddGammaCommand(CLI::App& root) {
         root, "gamma", "load a profile's calibration into the display's gamma ramp, restore it",
         "  teskcolor gamma load PROFILE\n"
         "  teskcolor gamma restore\n"
-        "  teskcolor gamma show [--all]\n"
+        "  teskcolor gamma show [--all] [--plot OUT]\n"
         "The display's hardware gamma ramp (the X server's CRTC gamma when DISPLAY is set).\n"
         "  load PROFILE   set the ramp from the profile's vcgt (video-card gamma) tag; the\n"
         "                 ramp in place before the first load is kept for 'restore'\n"
         "  restore        put back the ramp kept by the first load\n"
-        "  show           the current ramp: five samples a channel, or every entry with --all\n"
+        "  show           the current ramp: five samples a channel, or every entry with --all;\n"
+        "                 --plot draws it beside the ramp kept by load\n"
         "reads: PROFILE, the display's ramp. writes: the display's ramp; load keeps the ramp\n"
         "before it in the configuration folder, restore removes it.",
         "teskcolor gamma load calibrated.icc");
     command->add_flag("--all", options->all, "show every entry of the ramp");
+    command->add_option("--plot", options->plot, "show: draw the current and the saved ramp (.png, .svg or .pdf)")
+        ->check(PlotFileName());
     command->add_option("ACTION", options->words, "load PROFILE | restore | show");
     return {command, [options] { return Run(*options); }};
 }

@@ -12,6 +12,8 @@
 #include "cli/ProfileFileValues.h"
 #include "cli/ProfileHeader.h"
 #include "cli/imageio/OutputFile.h"
+#include "cli/plots/PlotFile.h"
+#include "cli/plots/ProfilePlot.h"
 #include "colormgr/ColorManager.h"
 #include "icc/ICCReadColorProfile.h"
 
@@ -162,7 +164,7 @@ namespace {
 
 struct SInfoOptions {
     bool json = false;
-    std::string profile;
+    std::string profile, plot, compare;
 };
 
 int Run(const SInfoOptions& options) {
@@ -173,6 +175,11 @@ int Run(const SInfoOptions& options) {
         std::printf("%s\n", description.dump(2).c_str());
     else
         PrintText(description);
+    if (!options.plot.empty()) {
+        const SProfileSource* other = options.compare.empty() ? nullptr : &ResolveProfile(options.compare, &manager);
+        WriteProfilePlot(options.plot, {profile.bytes, profile.origin},
+                         other ? std::optional<SProfileBytes>({other->bytes, other->origin}) : std::nullopt);
+    }
     return description["verdict"] == "valid" ? 0 : int(EExit::Corrupt);
 }
 
@@ -187,9 +194,14 @@ SCommand AddInfoCommand(CLI::App& root) {
         "check's verdict (and why a file is refused), header fields, description and copyright;\n"
         "the module's analysis (its readings of the tone curves, colorants and white point, and\n"
         "how it classifies the profile) beside the values the file holds, as Little CMS reads them.\n"
-        "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output).",
+        "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output);\n"
+        "with --plot, a picture of the gamut on the xy diagram beside sRGB (or --compare) and the\n"
+        "tone curves.",
         "teskcolor info --json AdobeRGB1998.icc");
     command->add_flag("--json", options->json, "one JSON object on standard output, for scripts");
+    CLI::Option* plot = command->add_option("--plot", options->plot, "draw the gamut and tone curves (.png, .svg or .pdf)")
+                                ->check(PlotFileName());
+    command->add_option("--compare", options->compare, "the profile the gamut is drawn beside (default sRGB)")->needs(plot);
     command->add_option("PROFILE", options->profile, "a profile file, an installed name, or an image")->required();
     return {command, [options] { return Run(*options); }};
 }

@@ -11,6 +11,7 @@
 #include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/plots/InkCoverageCheck.h"
 
 namespace teskcolor {
 
@@ -20,6 +21,7 @@ struct SSeparateOptions {
     bool invert = false, packed = false;
     std::optional<int> intent;
     std::string cmyk, input, output;
+    SInkCheckOptions ink;
 };
 
 int Run(const SSeparateOptions& options) {
@@ -36,13 +38,13 @@ int Run(const SSeparateOptions& options) {
         SeparateFileToPacked(manager, options.input, options.output, progress.Status());
         progress.Finish();
         std::printf("%s\nwrote %s\n", intent.c_str(), options.output.c_str());
-        return 0;
+        return CheckInkCoverage(options.ink, {options.output}, false, DefaultCMYKProfile(manager).bytes);
     }
     const auto written = SeparateFileToPlates(manager, options.input, options.output, options.invert, progress.Status());
     progress.Finish();
     std::printf("%s\n", intent.c_str());
     for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
-    return 0;
+    return CheckInkCoverage(options.ink, written, options.invert, DefaultCMYKProfile(manager).bytes);
 }
 
 }  // namespace
@@ -58,7 +60,8 @@ SCommand AddSeparateCommand(CLI::App& root) {
         "TIFF plates record which way they read (MinIsWhite for ink amounts), so that 'combine'\n"
         "takes them back as they are; PNG plates do not ('combine --ink-amounts' for those).\n"
         "writes: four plates named after OUTPUT (.tif or .png), or with --packed one CMYK TIFF\n"
-        "carrying the CMYK profile.",
+        "carrying the CMYK profile. With --report, --max-ink or --fail-over-limit the total ink\n"
+        "coverage is measured and printed (and drawn with --report) against the limit.",
         "teskcolor separate photo.tif plates.tif");
     CLI::Option* invert = command->add_flag(
         "--invert", options->invert, "plates hold 255 (65535) for no ink; without it they hold ink amounts");
@@ -66,6 +69,7 @@ SCommand AddSeparateCommand(CLI::App& root) {
         ->excludes(invert);
     AddCmykOption(*command, options->cmyk);
     AddIntentOption(*command, options->intent);
+    AddInkCoverageOptions(*command, options->ink);
     command->add_option("INPUT", options->input, "the RGB or grey image")->required();
     command->add_option("OUTPUT", options->output, "PLATES.tif|PLATES.png, or OUTPUT.tif with --packed")->required();
     return {command, [options] { return Run(*options); }};

@@ -213,9 +213,10 @@ TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     const SImage recombined = ReadImage(Path("demo/recombined.tif"));
     const SImage proof = ReadImage(Path("demo/proof.tif"));
     EXPECT_GT(MaxSampleDifference(recombined.pixels, proof.pixels), 0);
+    EXPECT_TRUE(fs::exists(Path("demo/gamuts.png")));
     size_t files = 0;
     for (const auto& entry : fs::directory_iterator(Path("demo"))) files += entry.is_regular_file();
-    EXPECT_EQ(files, 8u);  // no temporaries left
+    EXPECT_EQ(files, 9u);  // no temporaries left
 }
 
 TEST_F(CliConversion, GreyWithAlphaConvertsToRgbTaggedWithTheTarget) {
