@@ -23,6 +23,7 @@ SCommand AddViewCommand(CLI::App& root);
 SCommand AddPrintCommand(CLI::App& root);
 SCommand AddSetupCommand(CLI::App& root);
 SCommand AddColourCommand(CLI::App& root);
+SCommand AddProfileCommand(CLI::App& root);
 
 // Every subcommand, in the order `teskcolor --help` lists them.
 std::vector<SCommand> AddAllCommands(CLI::App& root);

@@ -17,7 +17,7 @@ std::vector<SCommand> AddAllCommands(CLI::App& root) {
             AddProofCommand(root),    AddProfilesCommand(root), AddSettingsCommand(root),
             AddMakeProfileCommand(root), AddChartCommand(root), AddDemoCommand(root),     AddGammaCommand(root),
             AddViewCommand(root),     AddPrintCommand(root),   AddSetupCommand(root),
-            AddColourCommand(root)};
+            AddColourCommand(root),   AddProfileCommand(root)};
 }
 
 namespace {
