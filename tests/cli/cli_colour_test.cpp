@@ -2,7 +2,6 @@
 // profiles, within one step of 8 bits.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <sstream>
 
 #include "cli_runner.h"
@@ -23,13 +22,7 @@ std::vector<double> Transicc(const std::string& tool, const std::string& from, c
                              const std::string& lines) {
     const std::string command = "printf '" + lines + "' | " + Quote(tool) + " -t1 -n -i " + Quote(from) + " -o " +
                                 Quote(to) + " 2>/dev/null | grep -v -e LittleCMS -e Copyright";
-    std::string out;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char chunk[4096];
-        while (size_t got = fread(chunk, 1, sizeof chunk, pipe)) out.append(chunk, got);
-        pclose(pipe);
-    }
-    return Numbers(out);
+    return Numbers(ShellOutput(command));
 }
 
 class CliColour : public tesk::test::IsolatedTest {};

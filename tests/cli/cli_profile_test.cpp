@@ -2,23 +2,11 @@
 // tiffinfo for the embedded profile, tiffcmp for untouched pixels.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
 #include "cli_runner.h"
 #include "support/temp_env.h"
 
 namespace teskcolor::test {
 namespace {
-
-std::string Output(const std::string& command) {
-    std::string out;
-    if (FILE* pipe = popen((command + " 2>&1").c_str(), "r")) {
-        char chunk[4096];
-        while (size_t got = fread(chunk, 1, sizeof chunk, pipe)) out.append(chunk, got);
-        pclose(pipe);
-    }
-    return out;
-}
 
 class CliProfile : public tesk::test::IsolatedTest {
 protected:
@@ -34,15 +22,15 @@ TEST_F(CliProfile, AssignStripAndExtractKeepThePixels) {
 
     const SRun assigned = RunTeskcolor({"profile", "assign", Path("chart.tif"), Path("mine.icc"), Path("a.tif")});
     ASSERT_EQ(assigned.code, 0) << assigned.err;
-    EXPECT_NE(Output(Quote(tiffinfo) + " " + Quote(Path("a.tif")))
+    EXPECT_NE(ShellOutput(Quote(tiffinfo) + " " + Quote(Path("a.tif")))
                   .find("ICC Profile: <present>, " + std::to_string(mine.size()) + " bytes"),
               std::string::npos);
     ASSERT_EQ(RunTeskcolor({"profile", "extract", Path("a.tif"), Path("out.icc")}).code, 0);
     EXPECT_EQ(tesk::test::ReadBytes(Path("out.icc")), mine);
 
     ASSERT_EQ(RunTeskcolor({"profile", "strip", Path("a.tif"), Path("s.tif")}).code, 0);
-    EXPECT_EQ(Output(Quote(tiffinfo) + " " + Quote(Path("s.tif"))).find("ICC Profile"), std::string::npos);
-    EXPECT_EQ(Output(Quote(tiffcmp) + " " + Quote(Path("chart.tif")) + " " + Quote(Path("s.tif"))), "");
+    EXPECT_EQ(ShellOutput(Quote(tiffinfo) + " " + Quote(Path("s.tif"))).find("ICC Profile"), std::string::npos);
+    EXPECT_EQ(ShellOutput(Quote(tiffcmp) + " " + Quote(Path("chart.tif")) + " " + Quote(Path("s.tif")) + " 2>&1"), "");
 
     // Nothing to extract, and a profile that does not fit the pixels: refused, no file left.
     EXPECT_EQ(RunTeskcolor({"profile", "extract", Path("s.tif"), Path("none.icc")}).code, 3);

@@ -44,6 +44,17 @@ inline SRun RunTeskcolor(const std::vector<std::string>& args) {
     return run;
 }
 
+// What a shell command prints on standard output.
+inline std::string ShellOutput(const std::string& command) {
+    std::string out;
+    if (FILE* pipe = popen(command.c_str(), "r")) {
+        char chunk[4096];
+        while (size_t got = fread(chunk, 1, sizeof chunk, pipe)) out.append(chunk, got);
+        pclose(pipe);
+    }
+    return out;
+}
+
 // Full path of a tool the tests compare against, or "" when not installed.
 inline std::string FindTool(const std::string& name) {
     for (const char* folder : {"/usr/bin/", "/usr/local/bin/"})
