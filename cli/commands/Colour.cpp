@@ -134,7 +134,7 @@ SCommand AddColourCommand(CLI::App& root) {
     command->alias("color");
     command->add_option("--from", options->from, "the colours' RGB profile")->type_name("PROFILE");
     CLI::Option* to = command->add_option("--to", options->to, "the target RGB profile")->type_name("PROFILE");
-    AddCmykOption(*command, options->cmyk)->excludes(to);
+    AddCmykOption(*command, options->cmyk)->excludes(to)->description("convert into this CMYK profile's ink instead");
     command->add_option("COLOUR", options->colours, "R,G,B or #RRGGBB; none: read standard input");
     return {command, [options] { return Run(*options); }};
 }
