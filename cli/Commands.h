@@ -22,6 +22,8 @@ SCommand AddGammaCommand(CLI::App& root);
 SCommand AddViewCommand(CLI::App& root);
 SCommand AddPrintCommand(CLI::App& root);
 SCommand AddSetupCommand(CLI::App& root);
+SCommand AddColourCommand(CLI::App& root);
+SCommand AddProfileCommand(CLI::App& root);
 
 // Every subcommand, in the order `teskcolor --help` lists them.
 std::vector<SCommand> AddAllCommands(CLI::App& root);

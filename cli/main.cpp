@@ -17,7 +17,8 @@ std::vector<SCommand> AddAllCommands(CLI::App& root) {
     return {AddInfoCommand(root),     AddConvertCommand(root), AddSeparateCommand(root), AddCombineCommand(root),
             AddProofCommand(root),    AddProfilesCommand(root), AddSettingsCommand(root),
             AddMakeProfileCommand(root), AddChartCommand(root), AddDemoCommand(root),     AddGammaCommand(root),
-            AddViewCommand(root),     AddPrintCommand(root),   AddSetupCommand(root)};
+            AddViewCommand(root),     AddPrintCommand(root),   AddSetupCommand(root),
+            AddColourCommand(root),   AddProfileCommand(root)};
 }
 
 namespace {

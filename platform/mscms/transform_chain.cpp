@@ -147,6 +147,7 @@ bool MakeChainKey(std::vector<ChainMember> members, DWORD windowsFlags, ChainKey
     key.exitSpace = current;
 
     key.lcmsFlags = PrecisionFlags(windowsFlags);
+    if (windowsFlags & TESK_BLACK_POINT_COMPENSATION) key.lcmsFlags |= cmsFLAGS_BLACKPOINTCOMPENSATION;
     // Gamut checking marks what the last profile cannot reproduce with
     // lcms2's alarm colour; it needs that profile as a destination.
     if (windowsFlags & ENABLE_GAMUT_CHECKING) {
@@ -198,7 +199,8 @@ std::shared_ptr<LcmsTransform> ChainTransforms::For(cmsUInt32Number inputFormat,
     if (opened.size() == key_.profiles.size()) {
         std::vector<cmsHPROFILE> list;
         std::vector<cmsUInt32Number> intents;
-        std::vector<cmsBool> blackPoint(key_.uses.size(), FALSE);
+        std::vector<cmsBool> blackPoint(key_.uses.size(),
+                                        (key_.lcmsFlags & cmsFLAGS_BLACKPOINTCOMPENSATION) ? TRUE : FALSE);
         std::vector<cmsFloat64Number> adaptation(key_.uses.size(), 1.0);
         for (const ProfileUse& use : key_.uses) {
             list.push_back(opened[use.profile]);

@@ -26,7 +26,7 @@ struct ProfileUse {
 struct ChainKey {
     std::vector<std::vector<uint8_t>> profiles;
     std::vector<ProfileUse> uses;
-    cmsUInt32Number lcmsFlags = 0;  // precision and gamut check
+    cmsUInt32Number lcmsFlags = 0;  // precision, gamut check, black-point compensation
     uint64_t hash = 0;              // of all the above; set by Seal()
     // Derived from the profiles: what the transform takes and gives.
     cmsColorSpaceSignature entrySpace = cmsSigRgbData;

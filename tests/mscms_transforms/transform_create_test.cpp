@@ -85,6 +85,26 @@ TEST_F(TransformCreation, ModesChooseLcms2Precision) {
     EXPECT_FALSE(results[0] == results[2]);
 }
 
+// Our extension flag: the same ink as lcms2's own black-point compensation
+// (what tificc -b does), and different ink from a transform without it.
+TEST_F(TransformCreation, BlackPointCompensationIsLcms2sAndOnlyWhenAsked) {
+    cmsHPROFILE srgb = cmsOpenProfileFromMem(srgb_.data(), static_cast<cmsUInt32Number>(srgb_.size()));
+    cmsHPROFILE fogra = cmsOpenProfileFromMem(fogra_.data(), static_cast<cmsUInt32Number>(fogra_.size()));
+    cmsHTRANSFORM reference = cmsCreateTransform(srgb, TYPE_BGR_8, fogra, TYPE_CMYK_8, INTENT_RELATIVE_COLORIMETRIC,
+                                                 cmsFLAGS_HIGHRESPRECALC | cmsFLAGS_BLACKPOINTCOMPENSATION);
+    cmsCloseProfile(srgb);
+    cmsCloseProfile(fogra);
+    ASSERT_NE(reference, nullptr);
+    Bytes expected(4096 * 4);
+    cmsDoTransform(reference, pixels_.data(), expected.data(), 4096);
+    cmsDeleteTransform(reference);
+
+    const Bytes compensated = Ink(MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC},
+                                                BEST_MODE | TESK_BLACK_POINT_COMPENSATION));
+    EXPECT_TRUE(compensated == expected);
+    EXPECT_FALSE(Ink(MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC})) == compensated);
+}
+
 TEST_F(TransformCreation, GamutCheckingMarksWhatTheLastProfileCannotPrint) {
     Transform checking =
         MakeTransform({&srgb_, &fogra_}, {INTENT_RELATIVE_COLORIMETRIC}, BEST_MODE | ENABLE_GAMUT_CHECKING);

@@ -32,6 +32,9 @@ typedef DWORD TAGTYPE, *PTAGTYPE, *LPTAGTYPE;
 #define ENABLE_GAMUT_CHECKING 0x00010000
 #define USE_RELATIVE_COLORIMETRIC 0x00020000
 #define FAST_TRANSLATE 0x00040000
+// Ours, not Windows': black-point compensation on every step of the chain
+// (lcms2's), for hosts that ask; Windows' own calls never pass it.
+#define TESK_BLACK_POINT_COMPENSATION 0x40000000
 
 // Rendering intents.
 #define INTENT_PERCEPTUAL 0
