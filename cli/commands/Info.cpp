@@ -50,7 +50,11 @@ Json HeaderJson(const SProfileHeader& h) {
 
 Json CurveJson(CICCReadColorProfile& reader, unsigned long tag) {
     TRCCURVE curve{};
-    if (!reader.GetTRC(tag, curve)) return Json{{"readable", false}};
+    if (!reader.GetTRC(tag, curve)) {
+        // A short curv tag comes back refused with its entries filled.
+        if (curve.m_nSignature == kCurveTypeSignature) delete[] curve.m_curve.m_pEntries;
+        return Json{{"readable", false}};
+    }
     Json out{{"readable", true}, {"type", SignatureText(curve.m_nSignature)}};
     if (curve.m_nSignature == kCurveTypeSignature) {
         const uint32_t count = curve.m_curve.m_nCount;
