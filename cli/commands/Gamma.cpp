@@ -149,6 +149,8 @@ void ExpectWords(const std::vector<std::string>& words, size_t count, const std:
 int Run(const SGammaOptions& options) {
     const auto& words = options.words;
     const std::string action = words.empty() ? "" : words[0];
+    if (action != "show" && (options.all || !options.plot.empty()))
+        throw CCliError(EExit::Usage, "gamma: --all and --plot belong to 'gamma show'");
     if (action == "show") {
         ExpectWords(words, 1, "gamma show [--all] [--plot OUT]");
         const SRamp current = ReadDisplayRamp("to show the gamma ramp of");
