@@ -2,6 +2,7 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/DeclaredSize.h"
+#include "cli/imageio/Encoding.h"
 
 namespace teskcolor {
 
@@ -57,6 +58,32 @@ CLI::Option* AddIntentOption(CLI::App& command, std::optional<int>& intent, cons
 CLI::Option* AddCmykOption(CLI::App& command, std::string& profile) {
     return command.add_option("--cmyk", profile, "the CMYK profile for this run (default: the settings')")
         ->type_name("PROFILE");
+}
+
+void AddEncodingOptions(CLI::App& command) {
+    const CLI::Validator writable(
+        [](std::string& text) -> std::string {
+            const std::optional<ETiffCompression> compression = TiffCompressionNamed(text);
+            if (!compression) return "TIFF compression is none, lzw, deflate or zstd, not '" + text + "'";
+            if (!CanWriteTiffCompression(*compression)) return "this libtiff cannot write " + text + " compression";
+            return {};
+        },
+        "none|lzw|deflate|zstd");
+    command
+        .add_option_function<std::string>(
+            "--compression",
+            [](const std::string& text) { ChangeRunEncoding().tiffCompression = *TiffCompressionNamed(text); },
+            "TIFF compression: none, lzw, deflate (default) or zstd")
+        ->check(writable)
+        ->type_name("METHOD");
+    command
+        .add_option_function<int>(
+            "--quality", [](const int& quality) { ChangeRunEncoding().jpegQuality = quality; },
+            "JPEG quality, 1..100 (default 92)")
+        ->check(CLI::Range(1, 100))
+        ->type_name("N");
+    command.add_flag_callback(
+        "--no-embed", [] { ChangeRunEncoding().embedProfile = false; }, "write no ICC profile into the output");
 }
 
 }  // namespace teskcolor

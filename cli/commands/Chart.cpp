@@ -46,6 +46,7 @@ SCommand AddChartCommand(CLI::App& root) {
     command->add_option("--width", options->width, "width in pixels (default 1200)")->check(CLI::Range(24, 30000));
     command->add_option("--height", options->height, "height in pixels (default 800)")->check(CLI::Range(24, 30000));
     command->add_flag("--16bit", options->sixteenBit, "16 bits a channel (TIFF and PNG)");
+    AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the chart image to write")->required();
     return {command, [options] { return Run(*options); }};
 }

@@ -54,6 +54,7 @@ SCommand AddConvertCommand(CLI::App& root) {
     command->add_option("--from", options->from, "the source profile for an image that carries none")
         ->type_name("PROFILE");
     command->add_option("INPUT", options->input, "the image to convert")->required();
+    AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();
     return {command, [options] { return Run(*options); }};
 }

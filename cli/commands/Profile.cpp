@@ -76,10 +76,12 @@ SCommand AddProfileCommand(CLI::App& root) {
     assign->add_option("IMAGE", options->image, "the image")->required();
     assign->add_option("PROFILE", options->profile, "a profile file, installed name, or image")->required();
     assign->add_option("OUTPUT", options->output, "the image to write")->required();
+    AddEncodingOptions(*assign);
     assign->callback([chosen] { *chosen = Assign; });
     CLI::App* strip = command->add_subcommand("strip", "write an image without its embedded profile");
     strip->add_option("IMAGE", options->image, "the image")->required();
     strip->add_option("OUTPUT", options->output, "the image to write")->required();
+    AddEncodingOptions(*strip);
     strip->callback([chosen] { *chosen = Strip; });
     return {command, [options, chosen] { return (*chosen)(*options); }};
 }

@@ -51,6 +51,7 @@ SCommand AddProofCommand(CLI::App& root) {
     AddIntentOption(*command, options->intent, "--intent", "display intent (default: the settings')");
     AddIntentOption(*command, options->proofIntent, "--proof-intent", "proofing intent (default relative)");
     command->add_option("INPUT", options->input, "the image to render")->required();
+    AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();
     return {command, [options] { return Run(*options); }};
 }

@@ -71,6 +71,7 @@ SCommand AddSeparateCommand(CLI::App& root) {
     AddIntentOption(*command, options->intent);
     AddInkCoverageOptions(*command, options->ink);
     command->add_option("INPUT", options->input, "the RGB or grey image")->required();
+    AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "PLATES.tif|PLATES.png, or OUTPUT.tif with --packed")->required();
     return {command, [options] { return Run(*options); }};
 }

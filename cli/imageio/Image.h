@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/imageio/Encoding.h"
 #include "host/imaging/RowIterator.h"
 
 namespace teskcolor {
@@ -42,7 +43,7 @@ struct SReadOptions {
 class COutputTransaction;
 
 struct SWriteOptions {
-    int jpegQuality = 92;
+    SEncoding encoding = RunEncoding();
     // Set: the file becomes visible when the transaction commits, with the others.
     COutputTransaction* transaction = nullptr;
 };

@@ -82,8 +82,8 @@ void WriteJpeg(const std::string& path, const SImage& image, const SWriteOptions
     COutputFile output(path, options.transaction);
     SJpegWriteJob job;
     job.pixels = pixels;
-    job.iccMarkers = SplitIccProfile(image.iccProfile);
-    job.quality = options.jpegQuality;
+    if (options.encoding.embedProfile) job.iccMarkers = SplitIccProfile(image.iccProfile);
+    job.quality = options.encoding.jpegQuality;
     job.file = output.Stream();
     job.status = status;
     jpeg_compress_struct cinfo{};

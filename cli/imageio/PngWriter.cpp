@@ -17,6 +17,7 @@ struct SPngWriteJob {
     const SImage* image = nullptr;
     std::FILE* file = nullptr;
     CStatusControl* status = nullptr;
+    bool embedProfile = true;
     char message[256] = {};
 };
 
@@ -46,7 +47,7 @@ bool Encode(png_structp png, png_infop info, SPngWriteJob* job) {
                  BytesPerSampleOf(format) * 8, ColourTypeOf(format), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     const auto& profile = job->image->iccProfile;
-    if (!profile.empty())
+    if (job->embedProfile && !profile.empty())
         png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, profile.data(), png_uint_32(profile.size()));
     png_write_info(png, info);
     if (CVPixelFormat::Is16bit(format)) png_set_swap(png);
@@ -72,6 +73,7 @@ void WritePng(const std::string& path, const SImage& image, const SWriteOptions&
     job.image = &image;
     job.file = output.Stream();
     job.status = status;
+    job.embedProfile = options.encoding.embedProfile;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &job, OnError, OnWarning);
     png_infop info = png ? png_create_info_struct(png) : nullptr;
     if (!info) {

@@ -103,7 +103,11 @@ void ToImageRow(const STiffLayout& layout, uint8_t* row) {
 std::vector<uint8_t> TiffIccProfile(TIFF* tif, const std::string& name, const STiffLayout& layout) {
     uint32_t size = 0;
     void* profile = nullptr;
-    if (!TIFFGetField(tif, TIFFTAG_ICCPROFILE, &size, &profile)) return {};
+    if (!TIFFGetField(tif, TIFFTAG_ICCPROFILE, &size, &profile)) {
+        const TIFFField* field = TIFFFieldWithTag(tif, TIFFTAG_ICCPROFILE);
+        if (field && TiffDroppedTag(TIFFFieldName(field))) TiffCorrupt(name, "the embedded ICC profile is cut off");
+        return {};
+    }
     if (!profile) size = 0;
     return TakeEmbeddedProfile(name, static_cast<const uint8_t*>(profile), size, layout.Format(), layout.cmyk);
 }

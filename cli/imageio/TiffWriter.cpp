@@ -21,7 +21,7 @@ namespace {
     throw CCliError(EExit::WriteFailed, path + ": " + what + (detail.empty() ? "" : " (" + detail + ")"));
 }
 
-void SetFields(TIFF* tif, const SImageHeader& image) {
+void SetFields(TIFF* tif, const SImageHeader& image, const SEncoding& encoding) {
     const EVPixelFormat format = image.format;
     const int channels = ChannelsOf(format);
     const bool alpha = CVPixelFormat::IsAlphaChannelPresent(format) && !image.cmyk;
@@ -30,7 +30,11 @@ void SetFields(TIFF* tif, const SImageHeader& image) {
     TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, uint16_t(BytesPerSampleOf(format) * 8));
     TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, uint16_t(channels));
     TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tif, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    const uint16_t compression = TiffCompressionTag(encoding.tiffCompression);
+    TIFFSetField(tif, TIFFTAG_COMPRESSION, compression);
+    // Differences between neighbours compress far better than the samples
+    // themselves in photographs, charts and plates alike.
+    if (compression != COMPRESSION_NONE) TIFFSetField(tif, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     TIFFSetField(tif, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
     if (image.cmyk) {
         TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED);
@@ -48,7 +52,7 @@ void SetFields(TIFF* tif, const SImageHeader& image) {
     const tmsize_t rowBytes = std::max<tmsize_t>(TIFFScanlineSize(tif), 1);
     const tmsize_t rows = std::min<tmsize_t>((tmsize_t{256} << 10) / rowBytes, image.height);
     TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(std::max<tmsize_t>(rows, 1)));
-    if (!image.iccProfile.empty())
+    if (encoding.embedProfile && !image.iccProfile.empty())
         TIFFSetField(tif, TIFFTAG_ICCPROFILE, uint32_t(image.iccProfile.size()), image.iccProfile.data());
 }
 
@@ -74,6 +78,10 @@ public:
         if (FormatFor(ChannelsOf(format), BytesPerSampleOf(format) * 8) != format ||
             (header.cmyk && ChannelsOf(format) != 4))
             throw CCliError(EExit::Unsupported, path + ": TIFF cannot hold " + DescribeLayout(format, header.cmyk));
+        if (!CanWriteTiffCompression(options.encoding.tiffCompression))
+            throw CCliError(EExit::Unsupported,
+                            path + ": this libtiff cannot write " +
+                                kTiffCompressionNames[int(options.encoding.tiffCompression)] + " compression");
         const int fd = dup(fileno(m_output.Stream()));
         if (fd < 0) WriteFailure(path, "cannot open the output");
         m_tif = TIFFFdOpen(fd, path.c_str(), NeedsBigTiff(header) ? "w8" : "w");
@@ -81,7 +89,7 @@ public:
             close(fd);
             WriteFailure(path, "cannot start a TIFF file");
         }
-        SetFields(m_tif, header);
+        SetFields(m_tif, header, options.encoding);
         m_row.resize(size_t(CVPixelFormat::GetRowBytes(format, header.width)));
     }
     ~CTiffBandWriter() override {
