@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <cstdio>
 // jpeglib.h needs FILE and size_t declared first.
 #include <jerror.h>
@@ -13,6 +11,7 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
+#include "cli/imageio/DecodeFailure.h"
 #include "cli/imageio/DeclaredSize.h"
 #include "cli/imageio/EmbeddedProfile.h"
 #include "cli/imageio/JpegIcc.h"
@@ -174,16 +173,11 @@ void Read(SJpegJob& job) {
     const bool ok = Decode(&cinfo, &job);
     jpeg_destroy_decompress(&cinfo);
     if (ok) return;
-    const EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
-    if (!job.failure.empty()) throw CCliError(code, job.failure);
-    throw CCliError(code, job.name + ": " + (code == EExit::Corrupt ? "corrupt or truncated JPEG: " : "") + job.message);
+    ThrowDecodeFailure(job.refusal, job.failure, job.name, "JPEG", job.message);
 }
 
 void ReadFile(SJpegJob& job, const std::string& path) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
-    struct stat info {};
-    job.size = fstat(fileno(file.get()), &info) == 0 ? size_t(info.st_size) : 0;
+    const FileHandle file = OpenForReading(path, job.size);
     job.file = file.get();
     job.name = path;
     Read(job);

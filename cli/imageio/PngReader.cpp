@@ -1,5 +1,4 @@
 #include <png.h>
-#include <sys/stat.h>
 
 #include <csetjmp>
 #include <cstdio>
@@ -9,6 +8,7 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
+#include "cli/imageio/DecodeFailure.h"
 #include "cli/imageio/DeclaredSize.h"
 #include "cli/imageio/EmbeddedProfile.h"
 #include "cli/imageio/PixelOrder.h"
@@ -159,16 +159,11 @@ void Read(SPngJob& job, std::FILE* file) {
     const bool ok = Decode(png, info, &job);
     png_destroy_read_struct(&png, &info, nullptr);
     if (ok) return;
-    const EExit code = job.refusal == EExit::Ok ? EExit::Corrupt : job.refusal;
-    if (!job.failure.empty()) throw CCliError(code, job.failure);
-    throw CCliError(code, job.name + ": " + (code == EExit::Corrupt ? "corrupt or truncated PNG: " : "") + job.message);
+    ThrowDecodeFailure(job.refusal, job.failure, job.name, "PNG", job.message);
 }
 
 void ReadFile(SPngJob& job, const std::string& path) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) throw CCliError(EExit::NotFound, path + ": cannot open");
-    struct stat info {};
-    job.fileBytes = fstat(fileno(file.get()), &info) == 0 ? size_t(info.st_size) : 0;
+    const FileHandle file = OpenForReading(path, job.fileBytes);
     job.name = path;
     Read(job, file.get());
 }
