@@ -25,17 +25,16 @@ CImageBandReader::CImageBandReader(const std::string& path, const SReadOptions& 
 
 CImageBandReader::~CImageBandReader() = default;
 
-SImage CImageBandReader::NextBand(int rows) {
+SImage CImageBandReader::NextBand(int rows, CRowIterator& storage) {
     rows = std::clamp(rows, 0, RowsLeft());
     SImage band;
     band.cmyk = m_header.cmyk;
     band.iccProfile = m_header.iccProfile;
     if (rows == 0) return band;
     if (m_rows) {
-        // One buffer serves every band: the caller is done with a band before the next.
-        if (m_buffer.GetHeight() < rows && !m_buffer.Create(m_header.width, rows, m_header.format))
+        if (storage.GetHeight() < rows && !storage.Create(m_header.width, rows, m_header.format))
             throw CCliError(EExit::Failed, "not enough memory for a band of " + std::to_string(rows) + " rows");
-        band.pixels.Attach(m_buffer.GetRow(0), m_header.width, rows, m_header.format, m_buffer.GetStride());
+        band.pixels.Attach(storage.GetRow(0), m_header.width, rows, m_header.format, storage.GetStride());
         m_rows->ReadRows(m_next, band.pixels);
     } else {
         band.pixels.Attach(m_whole.pixels.GetRow(m_next), m_header.width, rows, m_header.format,
