@@ -9,6 +9,7 @@
 #include <mutex>
 #include <thread>
 
+#include "cli/Errors.h"
 #include "cli/imageio/ImageBands.h"
 #include "host/imaging/StatusControl.h"
 
@@ -65,6 +66,25 @@ std::function<void(SBand&)> ReadBandsFrom(std::vector<CImageBandReader*> readers
         band.buffers.resize(readers.size());
         for (size_t i = 0; i < readers.size(); ++i) band.inputs.push_back(readers[i]->NextBand(band.rows, band.buffers[i]));
     };
+}
+
+CBandFileOutput::CBandFileOutput(std::string path, SImageHeader header, SWriteOptions options)
+    : m_path(std::move(path)), m_header(std::move(header)), m_options(options) {}
+
+CBandFileOutput::~CBandFileOutput() = default;
+
+void CBandFileOutput::Append(const CRowIterator& rows) {
+    if (!m_writer) {
+        m_header.width = rows.GetWidth();
+        m_header.format = rows.GetPixelFormat();
+        m_writer = OpenImageBandWriter(m_path, m_header, m_options);
+    }
+    m_writer->Append(rows);
+}
+
+void CBandFileOutput::Commit() {
+    if (!m_writer) throw CCliError(EExit::Corrupt, m_path + ": no rows to write");
+    m_writer->Commit();
 }
 
 int BandRows(size_t rowBytes, int height) {

@@ -4,6 +4,8 @@
 // at once, so memory stays bounded whatever the image's size.
 #pragma once
 #include <functional>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "cli/imageio/Image.h"
@@ -36,6 +38,27 @@ class CImageBandReader;
 // A read stage that takes each band's rows from `readers`, in their order,
 // into band.inputs.
 std::function<void(SBand&)> ReadBandsFrom(std::vector<CImageBandReader*> readers);
+
+struct IImageBandWriter;
+
+// One output file of a banded run, started with the first band: the
+// conversion chooses its layout. On the writing thread only.
+class CBandFileOutput {
+public:
+    // `header`: the file's height, and what its rows are; width and format come from the first band.
+    CBandFileOutput(std::string path, SImageHeader header, SWriteOptions options = {});
+    ~CBandFileOutput();
+    CBandFileOutput(const CBandFileOutput&) = delete;
+    CBandFileOutput& operator=(const CBandFileOutput&) = delete;
+    void Append(const CRowIterator& rows);
+    void Commit();
+
+private:
+    std::string m_path;
+    SImageHeader m_header;
+    SWriteOptions m_options;
+    std::unique_ptr<IImageBandWriter> m_writer;
+};
 
 // Rows a band for rows of `rowBytes` (the widest of inputs and outputs).
 // TESKCOLOR_BAND_ROWS sets it for a run, for trying small bands on small images.

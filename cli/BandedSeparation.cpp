@@ -37,10 +37,6 @@ void SeparateBands(CColorManager& manager, const std::string& input, CStatusCont
     RunBands(header.height, BandRows(rowBytes, header.height), stages, status);
 }
 
-SImageHeader HeaderFor(const CRowIterator& band, int height, bool cmyk, std::vector<uint8_t> profile) {
-    return {band.GetWidth(), height, band.GetPixelFormat(), cmyk, std::move(profile)};
-}
-
 }  // namespace
 
 std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std::string& input,
@@ -49,7 +45,7 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
     COutputTransaction transaction;
     SWriteOptions options;
     options.transaction = &transaction;
-    std::array<std::unique_ptr<IImageBandWriter>, 4> writers;
+    std::array<std::unique_ptr<CBandFileOutput>, 4> writers;
     SeparateBands(
         manager, input, status,
         [&](const CRowIterator& rgb, SBand& band, CStatusControl* bandStatus) {
@@ -60,11 +56,11 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
         },
         [&](const SBand& band, int height) {
             for (size_t i = 0; i < 4; ++i) {
-                // The plates' depth is the module's choice: the writers start with the first band.
                 if (!writers[i]) {
-                    SImageHeader header = HeaderFor(band.outputs[i], height, false, {});
+                    SImageHeader header;
+                    header.height = height;
                     header.inkAmounts = !invert;
-                    writers[i] = OpenImageBandWriter(paths[i], header, options);
+                    writers[i] = std::make_unique<CBandFileOutput>(paths[i], header, options);
                 }
                 writers[i]->Append(band.outputs[i]);
             }
@@ -76,7 +72,7 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
 
 void SeparateFileToPacked(CColorManager& manager, const std::string& input, const std::string& output,
                           CStatusControl* status) {
-    std::unique_ptr<IImageBandWriter> writer;
+    std::unique_ptr<CBandFileOutput> writer;
     const std::vector<uint8_t> cmykProfile = DefaultCMYKProfile(manager).bytes;
     SeparateBands(
         manager, input, status,
@@ -87,7 +83,7 @@ void SeparateFileToPacked(CColorManager& manager, const std::string& input, cons
             if (!band.outputs[0].IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
         },
         [&](const SBand& band, int height) {
-            if (!writer) writer = OpenImageBandWriter(output, HeaderFor(band.outputs[0], height, true, cmykProfile));
+            if (!writer) writer = std::make_unique<CBandFileOutput>(output, SImageHeader{0, height, VPF_UNKNOWN, true, cmykProfile});
             writer->Append(band.outputs[0]);
         });
     writer->Commit();

@@ -1,6 +1,7 @@
 // teskcolor convert: an image into the working space or another RGB profile.
 #include <cstdio>
 
+#include "cli/BandedConversion.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -27,12 +28,8 @@ int Run(const SConvertOptions& options) {
         CString name(profile.moduleName);
         manager.SetColorWorkingSpace(name);
     }
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(options.input, progress.Status());
-    progress.Phase("converting");
-    const SImage output = ConvertImage(manager, input, options.from, progress.Status());
-    progress.Phase("writing");
-    WriteImage(options.output, output, progress.Status());
+    CProgressBar progress("converting");
+    ConvertFile(manager, {options.input, options.output, options.from}, progress.Status());
     progress.Finish();
     std::printf("wrote %s\n", options.output.c_str());
     return 0;

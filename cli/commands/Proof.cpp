@@ -1,6 +1,7 @@
 // teskcolor proof: the display transform of the settings, to a file.
 #include <cstdio>
 
+#include "cli/BandedConversion.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -22,13 +23,8 @@ int Run(const SProofOptions& options) {
     CColorManager& manager = ColourManager();
     const int intent = options.intent.value_or(int(manager.GetLCSIntent()));
     const int proofIntent = options.proofIntent.value_or(1);
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(options.input, progress.Status());
-    progress.Phase("proofing");
-    const SImage display =
-        ProofImage(manager, input, options.proofProfile, intent, proofIntent, progress.Status());
-    progress.Phase("writing");
-    WriteImage(options.output, display, progress.Status());
+    CProgressBar progress("proofing");
+    ProofFile(manager, {options.input, options.output, options.proofProfile, intent, proofIntent}, progress.Status());
     progress.Finish();
     std::printf("wrote %s\n", options.output.c_str());
     return 0;

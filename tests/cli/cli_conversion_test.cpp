@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "cli/imageio/ImageFile.h"
@@ -197,6 +198,53 @@ TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
             for (int x = 0; x < 3000; ++x)
                 ASSERT_EQ(255 - plate.pixels.GetRow(y)[x], ours.pixels.GetRow(y)[4 * x + ink]) << kInks[ink] << " " << x << "," << y;
     }
+}
+
+// Bands forced small give the bytes of one band; a large image is never held whole.
+TEST_F(CliConversion, BandedConversionsMatchOneBandInBoundedMemory) {
+    Run({"chart", "--width", "64", "--height", "50", Path("chart.tif")});
+    Run({"make-profile", "--primaries", "adobe", Path("adobe.icc")});
+    Run({"separate", Path("chart.tif"), Path("plates.tif")});
+    Run({"separate", "--packed", Path("chart.tif"), Path("packed.tif")});
+    for (auto args : std::vector<std::vector<std::string>>{
+             {"convert", "--to", Path("adobe.icc"), Path("chart.tif")},
+             {"proof", "--proof-profile", Profile("ISO Coated (FOGRA39).icc"), Path("chart.tif")},
+             {"combine", Path("plates.tif")},
+             {"combine", Path("packed.tif")}}) {
+        args.push_back(Path("whole.tif"));
+        Run(args);
+        setenv("TESKCOLOR_BAND_ROWS", "7", 1);
+        args.back() = Path("banded.tif");
+        Run(args);
+        unsetenv("TESKCOLOR_BAND_ROWS");
+        EXPECT_EQ(tesk::test::ReadBytes(Path("whole.tif")), tesk::test::ReadBytes(Path("banded.tif"))) << args[0];
+    }
+    SImage large = PatternImage(6000, 3000, VPF_RGB_8);  // 54 MB of pixels
+    large.iccProfile = SrgbProfileBytes();
+    WriteImage(Path("large.tif"), large);
+    large = {};
+    const long peak = PeakMemoryMiB({"convert", "--to", Path("adobe.icc"), Path("large.tif"), Path("out.tif")});
+    EXPECT_GT(peak, 0);
+    EXPECT_LE(peak, 64);
+}
+
+// lcms2's own sRGB is the working space in all but its bytes: no conversion
+// into the working space first. A profile that truly differs is converted from.
+TEST_F(CliConversion, AnotherMakersSrgbIsTakenAsTheWorkingSpace) {
+    Run({"make-profile", "--primaries", "adobe", Path("adobe.icc")});
+    const std::string working = env_.ColorDir() + "/sRGB Color Space Profile.icm";
+    SImage image = PatternImage(64, 48, VPF_RGB_8);
+    std::map<std::string, std::vector<uint8_t>> separated;
+    // In this order: the working space's file is there once the colour manager has run.
+    for (const auto& [name, profile] : std::map<std::string, std::string>{
+             {"adobe", Path("adobe.icc")}, {"lcms", ""}, {"ours", working}}) {
+        image.iccProfile = profile.empty() ? SrgbProfileBytes() : tesk::test::ReadBytes(profile);
+        WriteImage(Path(name + ".tif"), image);
+        Run({"separate", "--packed", Path(name + ".tif"), Path(name + "-cmyk.tif")});
+        separated[name] = tesk::test::ReadBytes(Path(name + "-cmyk.tif"));
+    }
+    EXPECT_EQ(separated["lcms"], separated["ours"]);
+    EXPECT_NE(separated["adobe"], separated["ours"]);
 }
 
 TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
