@@ -21,8 +21,10 @@ void ConvertBands(std::vector<CImageBandReader*> readers, const std::string& out
     const SImageHeader& input = readers[0]->Header();
     if (input.height <= 0) throw CCliError(EExit::Corrupt, "the image has no rows");
     CBandFileOutput file(output, SImageHeader{0, input.height, VPF_UNKNOWN, false, std::move(profile)});
-    // RGB out of grey or CMYK in at most doubles a row (8-bit CMYK to 16-bit RGB the worst).
-    const size_t rowBytes = size_t(CVPixelFormat::GetRowBytes(input.format, input.width)) * 2;
+    // What a band holds in and out: the output at most doubles the input (8-bit CMYK to 16-bit RGB the worst).
+    size_t rowBytes = 0;
+    for (const CImageBandReader* reader : readers)
+        rowBytes += 2 * size_t(CVPixelFormat::GetRowBytes(reader->Header().format, reader->Header().width));
     SBandStages stages;
     stages.read = ReadBandsFrom(std::move(readers));
     stages.convert = [&](SBand& band, CStatusControl* bandStatus) { band.outputs = {convert(band, bandStatus)}; };

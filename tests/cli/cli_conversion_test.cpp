@@ -228,6 +228,16 @@ TEST_F(CliConversion, BandedConversionsMatchOneBandInBoundedMemory) {
     EXPECT_LE(peak, 64);
 }
 
+// On a terminal the bar follows the bands and ends full.
+TEST_F(CliConversion, ConvertProgressMovesWithTheBandsToTheEnd) {
+    Run({"chart", "--width", "64", "--height", "50", Path("chart.tif")});
+    setenv("TESKCOLOR_BAND_ROWS", "10", 1);
+    const std::string command = tesk::test::ShellQuote(TESKCOLOR_EXE) + " convert " + Path("chart.tif") + " " + Path("out.tif");
+    const std::string screen = tesk::test::RunShell("script -qec " + tesk::test::ShellQuote(command) + " /dev/null").out;
+    unsetenv("TESKCOLOR_BAND_ROWS");
+    for (const char* shown : {"converting [######", " 40%", "100%"}) EXPECT_NE(screen.find(shown), std::string::npos) << shown << "\n" << screen;
+}
+
 // lcms2's own sRGB is the working space in all but its bytes: no conversion
 // into the working space first. A profile that truly differs is converted from.
 TEST_F(CliConversion, AnotherMakersSrgbIsTakenAsTheWorkingSpace) {
