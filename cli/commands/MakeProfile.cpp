@@ -98,9 +98,9 @@ int Run(const SMakeProfileOptions& options) {
     if (!ok || result != CM_PROFILE_VALID)
         throw CCliError(EExit::WriteFailed, output + ": the profile writer " +
                                                 (ok ? "produced a profile the colour system rejects" : "failed"));
-    // The writer puts the text into the ASCII part alone; both parts get it in their own form.
+    // The writer stores 7-bit text alone; the texts are put where every reader finds them exactly.
     const std::vector<uint8_t> described =
-        WithDescription(ReadProfileFile(file.TempPath()), description.front());
+        WithTexts(ReadProfileFile(file.TempPath()), description.front(), copyright.front());
     std::ofstream rewritten(file.TempPath(), std::ios::binary | std::ios::trunc);
     if (!rewritten.write(reinterpret_cast<const char*>(described.data()), std::streamsize(described.size())).flush())
         throw CCliError(EExit::WriteFailed, output + ": cannot write the profile");
