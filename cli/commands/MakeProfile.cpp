@@ -123,7 +123,9 @@ SCommand AddMakeProfileCommand(CLI::App& root) {
         ->check(CLI::IsMember({"srgb", "adobe"}));
     command->add_option("--gamma", options->gamma, "one gamma for all three curves (default: the sRGB curve)")
         ->check(CLI::Range(0.1, 10.0));
-    command->add_option("--description", options->description, "the profile's description (default from the choices)")
+    command->add_option("--description", options->description,
+                        "the profile's description (default from the choices); text beyond ASCII,\n"
+                        "here or in --copyright, makes a version-4 profile, whose texts lcms2 reads exactly")
         ->type_name("TEXT");
     command->add_option("--copyright", options->copyright, "the copyright text")->type_name("TEXT");
     command->add_option("OUTPUT", options->output, "the .icc file to write")->required();
