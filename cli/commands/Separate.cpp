@@ -18,7 +18,7 @@ namespace teskcolor {
 namespace {
 
 struct SSeparateOptions {
-    bool invert = false, packed = false;
+    bool invert = false, packed = false, sixteenBit = false;
     std::optional<int> intent;
     std::string cmyk, input, output;
     SInkCheckOptions ink;
@@ -29,13 +29,15 @@ int Run(const SSeparateOptions& options) {
     if (options.packed ? type != EImageType::Tiff : (!type || *type == EImageType::Jpeg))
         throw CCliError(EExit::Usage, options.packed ? "separate: --packed writes a .tif file"
                                                      : "separate: plates are written as .tif or .png");
+    if (options.sixteenBit && !options.packed)
+        throw CCliError(EExit::Usage, "separate: --16bit is for --packed; plates take the input's depth");
     const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
 
     CProgressBar progress("separating");
     if (options.packed) {
-        SeparateFileToPacked(manager, options.input, options.output, progress.Status());
+        SeparateFileToPacked(manager, options.input, options.output, options.sixteenBit, progress.Status());
         progress.Finish();
         std::printf("%s\nwrote %s\n", intent.c_str(), options.output.c_str());
         return CheckInkCoverage(options.ink, {options.output}, false, DefaultCMYKProfile(manager).bytes);
@@ -65,8 +67,9 @@ SCommand AddSeparateCommand(CLI::App& root) {
         "teskcolor separate photo.tif plates.tif");
     CLI::Option* invert = command->add_flag(
         "--invert", options->invert, "plates hold 255 (65535) for no ink; without it they hold ink amounts");
-    command->add_flag("--packed", options->packed, "one CMYK TIFF (8-bit ink amounts) carrying the CMYK profile")
+    command->add_flag("--packed", options->packed, "one CMYK TIFF of ink amounts (8-bit; 16-bit with --16bit) carrying the CMYK profile")
         ->excludes(invert);
+    command->add_flag("--16bit", options->sixteenBit, "with --packed: 16 bits a channel");
     AddCmykOption(*command, options->cmyk);
     AddIntentOption(*command, options->intent);
     AddInkCoverageOptions(*command, options->ink);
