@@ -228,6 +228,28 @@ TEST_F(CliConversion, SixteenBitPackedSeparationAgreesWithTificcAndCombines) {
     EXPECT_FALSE(ReadImage(Path("back.tif")).cmyk);
 }
 
+// Both files are Adobe CMYK JPEGs (inverted, APP14), read by our reader: a
+// writer or reader that missed the inversion would be 255 - ink away.
+TEST_F(CliConversion, CmykJpegAgreesWithJpgiccAndCombines) {
+    const std::string jpgicc = FindTool("jpgicc");
+    if (jpgicc.empty()) GTEST_SKIP() << "jpgicc (liblcms2-utils) is not installed";
+    const std::string profile = Profile("ISO Coated (FOGRA39).icc");
+    Run({"chart", "--width", "300", "--height", "200", Path("chart.jpg")});
+    Run({"separate", "--packed", "--quality", "100", "--cmyk", profile, Path("chart.jpg"), Path("packed.jpg")});
+    const std::string working = env_.ColorDir() + "/sRGB Color Space Profile.icm";
+    const std::string command = "'" + jpgicc + "' -t0 -c2 -q100 '-i" + working + "' '-o" + profile + "' '" +
+                                Path("chart.jpg") + "' '" + Path("reference.jpg") + "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const SImage ours = ReadImage(Path("packed.jpg"));
+    const SImage reference = ReadImage(Path("reference.jpg"));
+    ASSERT_TRUE(ours.cmyk && reference.cmyk);
+    EXPECT_EQ(ours.iccProfile, tesk::test::ReadBytes(profile));
+    const int worst = MaxSampleDifference(ours.pixels, reference.pixels);
+    EXPECT_GE(worst, 0);
+    EXPECT_LE(worst, 1);
+    Run({"combine", Path("packed.jpg"), Path("back.png")});
+}
+
 TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     const SRun run = RunTeskcolor({"demo", Path("demo")});
     ASSERT_EQ(run.code, 0) << run.err;

@@ -95,7 +95,7 @@ TEST_F(FileErrors, OversizedImageIsRefusedBeforeDecoding) {
 }
 
 TEST_F(FileErrors, FailedWriteKeepsTheOldFileAndLeavesNoTemporary) {
-    const std::string path = env_.Root() + "/keep.jpg";
+    const std::string path = env_.Root() + "/keep.png";
     WriteBytes(path, {1, 2, 3});
     SImage cmyk = PatternImage(4, 4, VPF_RGBA_8, true);
     EXPECT_THROW(WriteImage(path, cmyk), CCliError);
@@ -103,7 +103,7 @@ TEST_F(FileErrors, FailedWriteKeepsTheOldFileAndLeavesNoTemporary) {
     EXPECT_THROW(WriteImage(env_.Root() + "/no/such/folder/x.png", SmoothImage(4, 4, VPF_RGB_8)), CCliError);
     size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(env_.Root())) files += entry.is_regular_file();
-    EXPECT_EQ(files, 1u);  // only keep.jpg
+    EXPECT_EQ(files, 1u);  // only keep.png
 }
 
 TEST(JpegIccMarkers, JoinsChunksInAnyOrderAndRejectsBrokenSets) {
