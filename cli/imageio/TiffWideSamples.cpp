@@ -2,6 +2,7 @@
 
 #include <lcms2.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -46,8 +47,9 @@ ProfilePtr OpenProfile(const std::vector<uint8_t>& bytes, const std::string& nam
     return profile;
 }
 
-// NaN and infinities read as 0 and 1, so that no conversion sees them.
-float Finite(float value) { return std::isnan(value) ? 0.0f : std::isinf(value) ? (value > 0 ? 1.0f : 0.0f) : value; }
+// NaN reads as 0, and magnitudes past any light a 16-bit result could keep are
+// held at 16, so that no conversion computes with infinities.
+float Finite(float value) { return std::isnan(value) ? 0.0f : std::clamp(value, -16.0f, 16.0f); }
 
 uint16_t ToWord(float value) {
     const float clipped = value > 0.0f ? (value < 1.0f ? value : 1.0f) : 0.0f;

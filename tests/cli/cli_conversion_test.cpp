@@ -228,8 +228,9 @@ TEST_F(CliConversion, SixteenBitPackedSeparationAgreesWithTificcAndCombines) {
     EXPECT_FALSE(ReadImage(Path("back.tif")).cmyk);
 }
 
-// Both files are Adobe CMYK JPEGs (inverted, APP14), read by our reader: a
-// writer or reader that missed the inversion would be 255 - ink away.
+// Both files are Adobe CMYK JPEGs (inverted, APP14), read by our reader and
+// held to the same separation as TIFF: a writer or reader that missed the
+// inversion would be 255 - ink away.
 TEST_F(CliConversion, CmykJpegAgreesWithJpgiccAndCombines) {
     const std::string jpgicc = FindTool("jpgicc");
     if (jpgicc.empty()) GTEST_SKIP() << "jpgicc (liblcms2-utils) is not installed";
@@ -247,6 +248,10 @@ TEST_F(CliConversion, CmykJpegAgreesWithJpgiccAndCombines) {
     const int worst = MaxSampleDifference(ours.pixels, reference.pixels);
     EXPECT_GE(worst, 0);
     EXPECT_LE(worst, 1);
+    Run({"separate", "--packed", "--cmyk", profile, Path("chart.jpg"), Path("packed.tif")});
+    const int lossy = MaxSampleDifference(ours.pixels, ReadImage(Path("packed.tif")).pixels);
+    EXPECT_GE(lossy, 0);
+    EXPECT_LE(lossy, 3);
     Run({"combine", Path("packed.jpg"), Path("back.png")});
 }
 
