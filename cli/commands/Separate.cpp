@@ -29,7 +29,7 @@ int Run(const SSeparateOptions& options) {
     if (options.packed ? (!type || *type == EImageType::Png) : (!type || *type == EImageType::Jpeg))
         throw CCliError(EExit::Usage, options.packed ? "separate: --packed writes a .tif or .jpg file"
                                                      : "separate: plates are written as .tif or .png");
-    if (options.sixteenBit && type != EImageType::Tiff)
+    if (options.sixteenBit && (!options.packed || type != EImageType::Tiff))
         throw CCliError(EExit::Usage, "separate: --16bit is for --packed .tif; plates take the input's depth");
     const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
