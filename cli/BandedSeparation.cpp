@@ -47,6 +47,31 @@ SImageHeader HeaderFor(const CRowIterator& band, int height, bool cmyk, std::vec
     return {band.GetWidth(), height, band.GetPixelFormat(), cmyk, std::move(profile)};
 }
 
+// 16-bit ink amounts through the module's 16-bit separation, which needs
+// 16-bit RGB in: the four plates it gives are packed C,M,Y,K.
+CRowIterator SeparateSixteenBit(CColorManager& manager, const CRowIterator& rgb, CStatusControl* status) {
+    CRowIterator wide;
+    const bool widen = !CVPixelFormat::Is16bit(rgb.GetPixelFormat());
+    if (widen && (!wide.Create(rgb.GetWidth(), rgb.GetHeight(), VPF_RGB_16) || !RowIterator::CopyRect(wide, rgb)))
+        ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
+    std::array<CRowIterator, 4> plates;
+    const VellErrorCode code = manager.TransformFromRGBToCMYK(status, widen ? wide : rgb, plates[0], plates[1],
+                                                              plates[2], plates[3], false);
+    if (code != VELL_OK) ModuleFailure(code, "separation");
+    CRowIterator packed;
+    if (!packed.Create(rgb.GetWidth(), rgb.GetHeight(), VPF_RGBA_16)) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
+    for (const CRowIterator& plate : plates)
+        if (plate.GetPixelFormat() != VPF_GREY_16) ModuleFailure(VELL_ERR_TRANSLATE, "16-bit separation");
+    for (int y = 0; y < packed.GetHeight(); ++y) {
+        auto* out = reinterpret_cast<uint16_t*>(packed.GetRow(y));
+        for (size_t ink = 0; ink < 4; ++ink) {
+            const auto* in = reinterpret_cast<const uint16_t*>(plates[ink].GetRow(y));
+            for (int x = 0; x < packed.GetWidth(); ++x) out[4 * x + ink] = in[x];
+        }
+    }
+    return packed;
+}
+
 }  // namespace
 
 std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std::string& input,
@@ -78,12 +103,16 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
 }
 
 void SeparateFileToPacked(CColorManager& manager, const std::string& input, const std::string& output,
-                          CStatusControl* status) {
+                          bool sixteenBit, CStatusControl* status) {
     std::unique_ptr<IImageBandWriter> writer;
     ForEachBand(manager, input, status, [&](const SImage& band, int height, CStatusControl* bandStatus) {
         CRowIterator cmyk;
-        const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, band.pixels, cmyk);
-        if (code != VELL_OK) ModuleFailure(code, "separation");
+        if (sixteenBit) {
+            cmyk = SeparateSixteenBit(manager, band.pixels, bandStatus);
+        } else {
+            const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, band.pixels, cmyk);
+            if (code != VELL_OK) ModuleFailure(code, "separation");
+        }
         if (!cmyk.IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
         if (!writer) writer = OpenImageBandWriter(output, HeaderFor(cmyk, height, true, DefaultCMYKProfile(manager).bytes));
         writer->Append(cmyk);

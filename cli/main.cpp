@@ -10,6 +10,7 @@
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/imageio/TiffWideSamples.h"
 
 namespace teskcolor {
 
@@ -107,6 +108,7 @@ int main(int argc, char** argv) {
         for (const SCommand& command : commands)
             if (command.app->parsed()) {
                 UseDisplayFor(command.app->get_name());
+                SetWideSampleTarget([] { return WorkingSpaceProfile(ColourManager()).bytes; });
                 return command.run();
             }
         return Fail(EExit::Usage, "no command given (see teskcolor --help)");

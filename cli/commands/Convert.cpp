@@ -16,6 +16,7 @@ namespace {
 
 struct SConvertOptions {
     std::string to, from, input, output;
+    bool floatSamples = false, lab = false;
 };
 
 int Run(const SConvertOptions& options) {
@@ -27,12 +28,18 @@ int Run(const SConvertOptions& options) {
         CString name(profile.moduleName);
         manager.SetColorWorkingSpace(name);
     }
+    SWriteOptions writeOptions;
+    writeOptions.tiffSamples = options.floatSamples ? ETiffSamples::Float
+                               : options.lab        ? ETiffSamples::Lab
+                                                    : ETiffSamples::AsImage;
+    if (writeOptions.tiffSamples != ETiffSamples::AsImage && ImageTypeForPath(options.output) != EImageType::Tiff)
+        throw CCliError(EExit::Usage, "convert: --float and --lab write a .tif file");
     CProgressBar progress("reading");
     const SImage input = ReadImage(options.input, progress.Status());
     progress.Phase("converting");
     const SImage output = ConvertImage(manager, input, options.from, progress.Status());
     progress.Phase("writing");
-    WriteImage(options.output, output, progress.Status());
+    WriteImage(options.output, output, progress.Status(), writeOptions);
     progress.Finish();
     std::printf("wrote %s\n", options.output.c_str());
     return 0;
@@ -46,13 +53,18 @@ SCommand AddConvertCommand(CLI::App& root) {
         root, "convert", "convert an image into the working space or another RGB profile",
         "Converts an RGB or grey image from its embedded profile into the working space (or\n"
         "into --to PROFILE, for this run only), relative colorimetric. Grey images become RGB;\n"
-        "alpha is kept.\n"
+        "alpha is kept. Floating-point and Lab TIFFs are read too (into 16-bit RGB); --float and\n"
+        "--lab write them.\n"
         "reads: INPUT, its embedded profile (or --from), the target profile.\n"
         "writes: OUTPUT, RGB, tagged with the target profile.",
         "teskcolor convert --to AdobeRGB1998.icc photo.jpg photo-adobe.tif");
     command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
     command->add_option("--from", options->from, "the source profile for an image that carries none")
         ->type_name("PROFILE");
+    CLI::Option* floatSamples =
+        command->add_flag("--float", options->floatSamples, "write 32-bit floating-point samples (TIFF)");
+    command->add_flag("--lab", options->lab, "write the result as ICC L*a*b* (TIFF), of the image's depth")
+        ->excludes(floatSamples);
     command->add_option("INPUT", options->input, "the image to convert")->required();
     AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();

@@ -86,6 +86,8 @@ void WriteImage(const std::string& path, const SImage& image, CStatusControl* st
     const std::optional<EImageType> type = ImageTypeForPath(path);
     if (!type) throw CCliError(EExit::Usage, path + ": output must end in .tif, .tiff, .png, .jpg or .jpeg");
     if (!image.pixels.IsAttached()) throw CCliError(EExit::Failed, path + ": no image to write");
+    if (options.tiffSamples != ETiffSamples::AsImage && *type != EImageType::Tiff)
+        throw CCliError(EExit::Usage, path + ": floating-point and Lab samples are written to .tif only");
     switch (*type) {
         case EImageType::Tiff: WriteTiff(path, image, options, status); return;
         case EImageType::Png: WritePng(path, image, options, status); return;

@@ -199,6 +199,62 @@ TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
     }
 }
 
+// 16-bit ink within one 8-bit step of lcms2's own 16-bit separation, and
+// combine takes the file back.
+TEST_F(CliConversion, SixteenBitPackedSeparationAgreesWithTificcAndCombines) {
+    const std::string tificc = FindTool("tificc");
+    if (tificc.empty()) GTEST_SKIP() << "tificc (liblcms2-utils) is not installed";
+    const std::string profile = Profile("ISO Coated (FOGRA39).icc");
+    // Samples that are whole 8-bit steps: the module separates 16-bit RGB on
+    // its high byte, so only these are held to lcms2's 16-bit result.
+    Run({"chart", "--width", "300", "--height", "200", Path("chart8.tif")});
+    const SImage chart8 = ReadImage(Path("chart8.tif"));
+    SImage chart16;
+    chart16.iccProfile = chart8.iccProfile;
+    ASSERT_TRUE(chart16.pixels.Create(300, 200, VPF_RGB_16) && RowIterator::CopyRect(chart16.pixels, chart8.pixels));
+    WriteImage(Path("chart.tif"), chart16);
+    Run({"separate", "--packed", "--16bit", "--cmyk", profile, Path("chart.tif"), Path("packed.tif")});
+    const std::string working = env_.ColorDir() + "/sRGB Color Space Profile.icm";
+    const std::string command = "'" + tificc + "' -t0 -c2 -w16 '-i" + working + "' '-o" + profile + "' '" +
+                                Path("chart.tif") + "' '" + Path("reference.tif") + "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const SImage ours = ReadImage(Path("packed.tif"));
+    ASSERT_TRUE(ours.cmyk);
+    ASSERT_EQ(ours.pixels.GetPixelFormat(), VPF_RGBA_16);
+    const int worst = MaxSampleDifference(ours.pixels, ReadImage(Path("reference.tif")).pixels);
+    EXPECT_GE(worst, 0);
+    EXPECT_LE(worst, 257);
+    Run({"combine", "--cmyk", profile, Path("packed.tif"), Path("back.tif")});
+    EXPECT_FALSE(ReadImage(Path("back.tif")).cmyk);
+}
+
+// Both files are Adobe CMYK JPEGs (inverted, APP14), read by our reader and
+// held to the same separation as TIFF: a writer or reader that missed the
+// inversion would be 255 - ink away.
+TEST_F(CliConversion, CmykJpegAgreesWithJpgiccAndCombines) {
+    const std::string jpgicc = FindTool("jpgicc");
+    if (jpgicc.empty()) GTEST_SKIP() << "jpgicc (liblcms2-utils) is not installed";
+    const std::string profile = Profile("ISO Coated (FOGRA39).icc");
+    Run({"chart", "--width", "300", "--height", "200", Path("chart.jpg")});
+    Run({"separate", "--packed", "--quality", "100", "--cmyk", profile, Path("chart.jpg"), Path("packed.jpg")});
+    const std::string working = env_.ColorDir() + "/sRGB Color Space Profile.icm";
+    const std::string command = "'" + jpgicc + "' -t0 -c2 -q100 '-i" + working + "' '-o" + profile + "' '" +
+                                Path("chart.jpg") + "' '" + Path("reference.jpg") + "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const SImage ours = ReadImage(Path("packed.jpg"));
+    const SImage reference = ReadImage(Path("reference.jpg"));
+    ASSERT_TRUE(ours.cmyk && reference.cmyk);
+    EXPECT_EQ(ours.iccProfile, tesk::test::ReadBytes(profile));
+    const int worst = MaxSampleDifference(ours.pixels, reference.pixels);
+    EXPECT_GE(worst, 0);
+    EXPECT_LE(worst, 1);
+    Run({"separate", "--packed", "--cmyk", profile, Path("chart.jpg"), Path("packed.tif")});
+    const int lossy = MaxSampleDifference(ours.pixels, ReadImage(Path("packed.tif")).pixels);
+    EXPECT_GE(lossy, 0);
+    EXPECT_LE(lossy, 3);
+    Run({"combine", Path("packed.jpg"), Path("back.png")});
+}
+
 TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     const SRun run = RunTeskcolor({"demo", Path("demo")});
     ASSERT_EQ(run.code, 0) << run.err;
