@@ -21,7 +21,6 @@ namespace {
 constexpr uint64_t kParallelPixels = 4096;
 // With a progress callback, rows go in bands of about this many pixels.
 constexpr uint64_t kCallbackBandPixels = uint64_t{1} << 18;
-constexpr size_t kScratchPerPixel = 6;  // two Lab colours of 16-bit values
 
 }  // namespace
 }  // namespace tesk::mscms
@@ -56,7 +55,7 @@ BOOL WINAPI CheckBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    const auto check = transform->gamutChecks.For(*transform->chain, input.lcmsFormat, error);
+    const auto check = transform->gamutChecks.For(*transform->chain, input.lcmsFormat, input.bytesPerPixel, error);
     if (!check) {
         SetLastError(error);
         return FALSE;
@@ -66,13 +65,13 @@ BOOL WINAPI CheckBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT
     const unsigned threads =
         pixels < kParallelPixels ? 1 : std::min<unsigned>(WorkerPool::Instance().Workers() + 1, dwHeight);
     // Scratch for every thread, taken here so that no pool thread allocates.
-    std::vector<uint16_t> scratch(size_t{threads} * kScratchPerPixel * dwWidth);
+    std::vector<GamutCheck::Scratch> scratch(threads, GamutCheck::Scratch(dwWidth, input.bytesPerPixel));
     const auto* bits = static_cast<const uint8_t*>(pSrcBits);
     auto checkRows = [&](DWORD first, DWORD count) {
         std::atomic<DWORD> nextRow{first};
         std::atomic<unsigned> nextSeat{0};
         WorkerPool::Instance().Share(std::min(threads, count) - 1, [&] {
-            uint16_t* mine = scratch.data() + size_t{nextSeat.fetch_add(1)} * kScratchPerPixel * dwWidth;
+            GamutCheck::Scratch& mine = scratch[nextSeat.fetch_add(1)];
             for (DWORD row; (row = nextRow.fetch_add(1, std::memory_order_relaxed)) < first + count;)
                 check->Run(bits + row * step, paResult + uint64_t{row} * dwWidth, dwWidth, mine);
         });
