@@ -3,6 +3,7 @@
 
 #include "cli/Commands.h"
 #include "cli/Errors.h"
+#include "cli/GamutWarning.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/ProgressBar.h"
@@ -16,17 +17,29 @@ namespace {
 struct SProofOptions {
     std::string proofProfile, input, output;
     std::optional<int> intent, proofIntent;
+    std::string gamutWarning;
+    CLI::Option* gamutWarningGiven = nullptr;
 };
 
 int Run(const SProofOptions& options) {
     CColorManager& manager = ColourManager();
     const int intent = options.intent.value_or(int(manager.GetLCSIntent()));
     const int proofIntent = options.proofIntent.value_or(1);
+    const bool warn = options.gamutWarningGiven->count() > 0;
+    // A bare flag reads as "true".
+    const bool bare = options.gamutWarning.empty() || options.gamutWarning == "true";
+    const SWarningColour warning = ParseWarningColour(bare ? kDefaultGamutWarningColour : options.gamutWarning);
     CProgressBar progress("reading");
     const SImage input = ReadImage(options.input, progress.Status());
     progress.Phase("proofing");
-    const SImage display =
+    SImage display =
         ProofImage(manager, input, options.proofProfile, intent, proofIntent, progress.Status());
+    if (warn) {
+        progress.Phase("checking gamut");
+        const auto& printer = options.proofProfile.empty() ? DefaultCMYKProfile(manager)
+                                                           : ResolveProfile(options.proofProfile, &manager);
+        PaintGamutWarning(display, OutOfGamutPixels(manager, input, printer.bytes, intent), warning);
+    }
     progress.Phase("writing");
     WriteImage(options.output, display, progress.Status());
     progress.Finish();
@@ -50,6 +63,10 @@ SCommand AddProofCommand(CLI::App& root) {
         ->type_name("PROFILE");
     AddIntentOption(*command, options->intent, "--intent", "display intent (default: the settings')");
     AddIntentOption(*command, options->proofIntent, "--proof-intent", "proofing intent (default relative)");
+    options->gamutWarningGiven =
+        command->add_flag("--gamut-warning", options->gamutWarning,
+                          "paint what the proof (or else the CMYK) profile cannot print; --gamut-warning=COLOUR "
+                          "(#rrggbb or R,G,B) picks the colour, mid grey #808080 by default");
     command->add_option("INPUT", options->input, "the image to render")->required();
     AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();

@@ -303,6 +303,11 @@ TESK_WIN32_API BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID
                                                DWORD dwWidth, DWORD dwHeight, DWORD dwInputStride,
                                                PVOID pDestBits, BMFORMAT bmOutput, DWORD dwOutputStride,
                                                PBMCALLBACKFN pfnCallBack, LPARAM ulCallbackData);
+// One result byte per pixel, packed: 0 in gamut, nonzero out of the gamut of
+// the transform's last profile.
+TESK_WIN32_API BOOL WINAPI CheckBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT bmInput,
+                                           DWORD dwWidth, DWORD dwHeight, DWORD dwStride, PBYTE paResult,
+                                           PBMCALLBACKFN pfnCallback, LPARAM lpCallbackData);
 TESK_WIN32_API BOOL WINAPI TranslateColors(HTRANSFORM hColorTransform, PCOLOR paInputColors, DWORD nColors,
                                            COLORTYPE ctInput, PCOLOR paOutputColors, COLORTYPE ctOutput);
 // The block comes from LocalAlloc; the caller frees it with LocalFree.
