@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "cli/Commands.h"
+#include "cli/DeviceLink.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
@@ -15,7 +16,8 @@ namespace teskcolor {
 namespace {
 
 struct SConvertOptions {
-    std::string to, from, input, output;
+    std::string to, from, link, input, output;
+    std::optional<int> intent;
 };
 
 int Run(const SConvertOptions& options) {
@@ -30,7 +32,9 @@ int Run(const SConvertOptions& options) {
     CProgressBar progress("reading");
     const SImage input = ReadImage(options.input, progress.Status());
     progress.Phase("converting");
-    const SImage output = ConvertImage(manager, input, options.from, progress.Status());
+    const SImage output = options.link.empty()
+                              ? ConvertImage(manager, input, options.from, progress.Status(), options.intent)
+                              : ApplyDeviceLink(ResolveProfile(options.link, &manager), input, options.intent);
     progress.Phase("writing");
     WriteImage(options.output, output, progress.Status());
     progress.Finish();
@@ -45,14 +49,22 @@ SCommand AddConvertCommand(CLI::App& root) {
     CLI::App* command = AddSubcommand(
         root, "convert", "convert an image into the working space or another RGB profile",
         "Converts an RGB or grey image from its embedded profile into the working space (or\n"
-        "into --to PROFILE, for this run only), relative colorimetric. Grey images become RGB;\n"
-        "alpha is kept.\n"
+        "into --to PROFILE, for this run only), relative colorimetric unless --intent. Grey\n"
+        "images become RGB; alpha is kept. With --link, the pixels go through the device link\n"
+        "as they are (the embedded profile is not used) and the result carries no profile.\n"
         "reads: INPUT, its embedded profile (or --from), the target profile.\n"
         "writes: OUTPUT, RGB, tagged with the target profile.",
         "teskcolor convert --to AdobeRGB1998.icc photo.jpg photo-adobe.tif");
-    command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
-    command->add_option("--from", options->from, "the source profile for an image that carries none")
-        ->type_name("PROFILE");
+    CLI::Option* to =
+        command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
+    CLI::Option* from = command->add_option("--from", options->from, "the source profile for an image that carries none")
+                            ->type_name("PROFILE");
+    command->add_option("--link", options->link, "apply this device-link profile instead (RGB or CMYK out, untagged)")
+        ->type_name("LINK")
+        ->excludes(to)
+        ->excludes(from);
+    AddIntentOption(*command, options->intent, "--intent", "rendering intent (default relative)");
+    AddBlackPointOption(*command);
     command->add_option("INPUT", options->input, "the image to convert")->required();
     AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();

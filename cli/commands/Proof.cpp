@@ -50,6 +50,7 @@ SCommand AddProofCommand(CLI::App& root) {
         ->type_name("PROFILE");
     AddIntentOption(*command, options->intent, "--intent", "display intent (default: the settings')");
     AddIntentOption(*command, options->proofIntent, "--proof-intent", "proofing intent (default relative)");
+    AddBlackPointOption(*command);
     command->add_option("INPUT", options->input, "the image to render")->required();
     AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();

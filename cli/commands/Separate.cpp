@@ -4,6 +4,7 @@
 
 #include "cli/BandedSeparation.h"
 #include "cli/Commands.h"
+#include "cli/DeviceLink.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
@@ -20,15 +21,33 @@ namespace {
 struct SSeparateOptions {
     bool invert = false, packed = false;
     std::optional<int> intent;
-    std::string cmyk, input, output;
+    std::string cmyk, link, input, output;
     SInkCheckOptions ink;
 };
+
+// A device link (RGB to CMYK) stands for the working space, the CMYK profile and the intent.
+int SeparateThroughLink(const SSeparateOptions& options) {
+    CProgressBar progress("separating");
+    const SProfileSource& link = ResolveProfile(options.link, &ColourManager());
+    const SImage packed = ApplyDeviceLink(link, ReadImage(options.input, progress.Status()), options.intent);
+    if (!packed.cmyk) throw CCliError(EExit::WrongProfile, link.origin + ": the link does not give CMYK");
+    std::vector<std::string> written = {options.output};
+    if (options.packed)
+        WriteImage(options.output, packed, progress.Status());
+    else
+        written = WritePlatesOfPacked(options.output, packed, options.invert);
+    progress.Finish();
+    std::printf("device link: %s\n", link.origin.c_str());
+    for (const std::string& path : written) std::printf("wrote %s\n", path.c_str());
+    return CheckInkCoverage(options.ink, written, options.invert, {});
+}
 
 int Run(const SSeparateOptions& options) {
     const auto type = ImageTypeForPath(options.output);
     if (options.packed ? type != EImageType::Tiff : (!type || *type == EImageType::Jpeg))
         throw CCliError(EExit::Usage, options.packed ? "separate: --packed writes a .tif file"
                                                      : "separate: plates are written as .tif or .png");
+    if (!options.link.empty()) return SeparateThroughLink(options);
     const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
@@ -61,14 +80,20 @@ SCommand AddSeparateCommand(CLI::App& root) {
         "takes them back as they are; PNG plates do not ('combine --ink-amounts' for those).\n"
         "writes: four plates named after OUTPUT (.tif or .png), or with --packed one CMYK TIFF\n"
         "carrying the CMYK profile. With --report, --max-ink or --fail-over-limit the total ink\n"
-        "coverage is measured and printed (and drawn with --report) against the limit.",
+        "coverage is measured and printed (and drawn with --report) against the limit.\n"
+        "With --link, the pixels go through the device link as they are and the output\n"
+        "carries no profile.",
         "teskcolor separate photo.tif plates.tif");
     CLI::Option* invert = command->add_flag(
         "--invert", options->invert, "plates hold 255 (65535) for no ink; without it they hold ink amounts");
     command->add_flag("--packed", options->packed, "one CMYK TIFF (8-bit ink amounts) carrying the CMYK profile")
         ->excludes(invert);
-    AddCmykOption(*command, options->cmyk);
+    CLI::Option* cmyk = AddCmykOption(*command, options->cmyk);
+    command->add_option("--link", options->link, "separate through this RGB-to-CMYK device link instead")
+        ->type_name("LINK")
+        ->excludes(cmyk);
     AddIntentOption(*command, options->intent);
+    AddBlackPointOption(*command);
     AddInkCoverageOptions(*command, options->ink);
     command->add_option("INPUT", options->input, "the RGB or grey image")->required();
     AddEncodingOptions(*command);
