@@ -27,6 +27,8 @@ struct SSeparateOptions {
 
 // A device link (RGB to CMYK) stands for the working space, the CMYK profile and the intent.
 int SeparateThroughLink(const SSeparateOptions& options) {
+    if (options.ink.Wanted() && !options.ink.maxInk)
+        throw CCliError(EExit::Usage, "separate: with --link, give --max-ink (a link names no CMYK profile to read it from)");
     CProgressBar progress("separating");
     const SProfileSource& link = ResolveProfile(options.link, &ColourManager());
     const SImage packed = ApplyDeviceLink(link, ReadImage(options.input, progress.Status()), options.intent);
