@@ -1,5 +1,7 @@
 #include "cli/CommandLine.h"
 
+#include <icm.h>
+
 #include "cli/Errors.h"
 #include "cli/imageio/DeclaredSize.h"
 #include "cli/imageio/Encoding.h"
@@ -53,6 +55,17 @@ CLI::Option* AddIntentOption(CLI::App& command, std::optional<int>& intent, cons
             name, [&intent](const std::string& text) { intent = IntentOf(text); }, help)
         ->check(known)
         ->type_name("INTENT");
+}
+
+void AddBlackPointOption(CLI::App& command) {
+    // Asked for while parsing: before the colour manager builds any transform.
+    command.add_flag_callback(
+        "--bpc",
+        [] {
+            if (!::TeskSetTransformExtensions(TESK_BLACK_POINT_COMPENSATION))
+                throw CLI::ValidationError("--bpc", "the colour system offers no black-point compensation");
+        },
+        "black-point compensation: the source's black maps to the destination's");
 }
 
 CLI::Option* AddCmykOption(CLI::App& command, std::string& profile) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "cli/Errors.h"
+#include "cli/IntentConversion.h"
 #include "cli/ModuleHost.h"
 #include "cli/ProfileHeader.h"
 #include "cli/SessionSettings.h"
@@ -215,7 +216,7 @@ SImage CombinePacked(CColorManager& manager, const SImage& cmyk, CStatusControl*
 }
 
 SImage ConvertImage(CColorManager& manager, const SImage& image, const std::string& assumedSource,
-                    CStatusControl*) {
+                    CStatusControl*, std::optional<int> intent) {
     SImage working = Prepared(image, true);
     std::vector<uint8_t> source = working.iccProfile;
     if (!assumedSource.empty() && source.empty()) source = ResolveProfile(assumedSource, &manager).bytes;
@@ -224,6 +225,10 @@ SImage ConvertImage(CColorManager& manager, const SImage& image, const std::stri
     if (ColourSpaceOf(source) != kRGB)
         throw CCliError(EExit::WrongProfile, "the source profile is " + SignatureText(ColourSpaceOf(source)) +
                                                  "; convert takes RGB images with RGB profiles");
+    if (intent) {
+        ConvertWithIntent(manager, working, source, *intent);
+        return working;
+    }
     CProfileInMemory profile(source, "the source profile");
     TransformIntoWorkingSpace(manager, working, profile);
     working.iccProfile = WorkingSpaceProfile(manager).bytes;

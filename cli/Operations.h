@@ -3,6 +3,7 @@
 #pragma once
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -56,9 +57,10 @@ SImage SeparateToPacked(CColorManager& manager, const SImage& image, CStatusCont
 SImage CombinePlates(CColorManager& manager, std::array<SImage, 4>& plates, CStatusControl* status);
 // A CMYK image back to RGB; its embedded profile, if any, is the CMYK source.
 SImage CombinePacked(CColorManager& manager, const SImage& cmyk, CStatusControl* status);
-// Converts into the working space (which a run may have overridden with `to`).
+// Converts into the working space (which a run may have overridden with `to`),
+// relative colorimetric unless `intent` is given.
 SImage ConvertImage(CColorManager& manager, const SImage& image, const std::string& assumedSource,
-                    CStatusControl* status);
+                    CStatusControl* status, std::optional<int> intent = std::nullopt);
 // The display transform of the settings applied, optionally soft-proofed
 // through `proofProfile` (empty: no proof); the result carries the monitor profile.
 SImage ProofImage(CColorManager& manager, const SImage& image, const std::string& proofProfile, int intent,

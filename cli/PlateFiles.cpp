@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "cli/Errors.h"
+#include "cli/imageio/ImageBands.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
 
@@ -39,6 +41,30 @@ std::vector<std::string> WritePlates(const std::string& pattern, const std::arra
     for (std::thread& writer : writers) writer.join();
     for (const std::exception_ptr& failure : failures)
         if (failure) std::rethrow_exception(failure);
+    return {paths.begin(), paths.end()};
+}
+
+std::vector<std::string> WritePlatesOfPacked(const std::string& pattern, const SImage& cmyk, bool invert) {
+    const auto paths = PlatePaths(pattern);
+    COutputTransaction transaction;
+    SWriteOptions options;
+    options.transaction = &transaction;
+    const int width = cmyk.pixels.GetWidth(), height = cmyk.pixels.GetHeight();
+    for (size_t ink = 0; ink < 4; ++ink) {
+        CRowIterator plate;
+        if (!plate.Create(width, height, VPF_GREY_8)) throw CCliError(EExit::Failed, "not enough memory for a plate");
+        for (int y = 0; y < height; ++y) {
+            const BYTE* from = cmyk.pixels.GetRow(y);
+            BYTE* to = plate.GetRow(y);
+            for (int x = 0; x < width; ++x) to[x] = BYTE(invert ? 255 - from[4 * x + ink] : from[4 * x + ink]);
+        }
+        SImageHeader header{width, height, VPF_GREY_8, false, {}};
+        header.inkAmounts = !invert;
+        const auto writer = OpenImageBandWriter(paths[ink], header, options);
+        writer->Append(plate);
+        writer->Commit();
+    }
+    transaction.Commit();
     return {paths.begin(), paths.end()};
 }
 

@@ -85,6 +85,7 @@ SCommand AddCombineCommand(CLI::App& root) {
                       "PNG (or older MinIsBlack TIFF) plates hold ink amounts (0 = no ink)");
     AddCmykOption(*command, options->cmyk);
     AddIntentOption(*command, options->intent);
+    AddBlackPointOption(*command);
     AddEncodingOptions(*command);
     command->add_option("FILES", options->files, "CYAN MAGENTA YELLOW BLACK OUTPUT, or PLATES.tif|CMYK.tif OUTPUT")
         ->required();

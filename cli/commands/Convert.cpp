@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "cli/Commands.h"
+#include "cli/DeviceLink.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
@@ -15,7 +16,8 @@ namespace teskcolor {
 namespace {
 
 struct SConvertOptions {
-    std::string to, from, input, output;
+    std::string to, from, link, input, output;
+    std::optional<int> intent;
     bool floatSamples = false, lab = false;
 };
 
@@ -37,7 +39,9 @@ int Run(const SConvertOptions& options) {
     CProgressBar progress("reading");
     const SImage input = ReadImage(options.input, progress.Status());
     progress.Phase("converting");
-    const SImage output = ConvertImage(manager, input, options.from, progress.Status());
+    const SImage output = options.link.empty()
+                              ? ConvertImage(manager, input, options.from, progress.Status(), options.intent)
+                              : ApplyDeviceLink(ResolveProfile(options.link, &manager), input, options.intent);
     progress.Phase("writing");
     WriteImage(options.output, output, progress.Status(), writeOptions);
     progress.Finish();
@@ -52,15 +56,24 @@ SCommand AddConvertCommand(CLI::App& root) {
     CLI::App* command = AddSubcommand(
         root, "convert", "convert an image into the working space or another RGB profile",
         "Converts an RGB or grey image from its embedded profile into the working space (or\n"
-        "into --to PROFILE, for this run only), relative colorimetric. Grey images become RGB;\n"
-        "alpha is kept. Floating-point and Lab TIFFs are read too (into 16-bit RGB); --float and\n"
-        "--lab write them.\n"
+        "into --to PROFILE, for this run only), relative colorimetric unless --intent. Grey\n"
+        "images become RGB; alpha is kept. With --link, the pixels go through the device link\n"
+        "as they are (the embedded profile is not used) and the result carries no profile.\n"
+        "Floating-point and Lab TIFFs are read too (into 16-bit RGB); --float and --lab write\n"
+        "them.\n"
         "reads: INPUT, its embedded profile (or --from), the target profile.\n"
         "writes: OUTPUT, RGB, tagged with the target profile.",
         "teskcolor convert --to AdobeRGB1998.icc photo.jpg photo-adobe.tif");
-    command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
-    command->add_option("--from", options->from, "the source profile for an image that carries none")
-        ->type_name("PROFILE");
+    CLI::Option* to =
+        command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
+    CLI::Option* from = command->add_option("--from", options->from, "the source profile for an image that carries none")
+                            ->type_name("PROFILE");
+    command->add_option("--link", options->link, "apply this device-link profile instead (RGB or CMYK out, untagged)")
+        ->type_name("LINK")
+        ->excludes(to)
+        ->excludes(from);
+    AddIntentOption(*command, options->intent, "--intent", "rendering intent (default relative)");
+    AddBlackPointOption(*command);
     CLI::Option* floatSamples =
         command->add_flag("--float", options->floatSamples, "write 32-bit floating-point samples (TIFF)");
     command->add_flag("--lab", options->lab, "write the result as ICC L*a*b* (TIFF), of the image's depth")

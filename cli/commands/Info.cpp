@@ -86,6 +86,11 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json out{{"source", profile.origin}, {"bytes", profile.bytes.size()}};
     auto header = ParseProfileHeader(profile.bytes.data(), profile.bytes.size());
     if (header && header->signature == 0x61637370) out["header"] = HeaderJson(*header);  // 'acsp': a header to show
+    // A device link's "connection space" is the device space it gives.
+    const bool link = header && header->deviceClass == 0x6C696E6B;  // 'link'
+    if (link)
+        out["device_link"] = Json{{"input", SignatureText(header->dataColorSpace)},
+                                  {"output", SignatureText(header->connectionSpace)}};
 
     // The module may touch the block while it checks it; it gets a copy.
     std::vector<uint8_t> block = profile.bytes;
@@ -131,7 +136,7 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
 
     Json classification = Json::object();
     SColorSpecRGB colorSpec{};
-    if (header && header->dataColorSpace == 0x52474220) {
+    if (header && header->dataColorSpace == 0x52474220 && !link) {
         void* handle = reader.GetProfile();
         classification["logical_colour_space"] = reader.GetLCSCSType(handle) == 0x73524742 ? "sRGB" : "calibrated RGB";
         if (reader.BuildColorSpecRGB(colorSpec)) {

@@ -67,6 +67,7 @@ SCommand AddProofCommand(CLI::App& root) {
         command->add_flag("--gamut-warning", options->gamutWarning,
                           "paint what the proof (or else the CMYK) profile cannot print; --gamut-warning=COLOUR "
                           "(#rrggbb or R,G,B) picks the colour, mid grey #808080 by default");
+    AddBlackPointOption(*command);
     command->add_option("INPUT", options->input, "the image to render")->required();
     AddEncodingOptions(*command);
     command->add_option("OUTPUT", options->output, "the image to write")->required();

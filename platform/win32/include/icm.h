@@ -299,6 +299,10 @@ TESK_WIN32_API HTRANSFORM WINAPI CreateMultiProfileTransform(PHPROFILE pahProfil
                                                              PDWORD padwIntent, DWORD nIntents, DWORD dwFlags,
                                                              DWORD indexPreferredCMM);
 TESK_WIN32_API BOOL WINAPI DeleteColorTransform(HTRANSFORM hxform);
+// Linux only: extension flags (TESK_BLACK_POINT_COMPENSATION) that every
+// transform this process creates from now on gets besides its own flags;
+// 0, the default, for none. FALSE with ERROR_INVALID_PARAMETER for any other bit.
+TESK_WIN32_API BOOL WINAPI TeskSetTransformExtensions(DWORD flags);
 TESK_WIN32_API BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT bmInput,
                                                DWORD dwWidth, DWORD dwHeight, DWORD dwInputStride,
                                                PVOID pDestBits, BMFORMAT bmOutput, DWORD dwOutputStride,
