@@ -16,6 +16,8 @@ TEST(ModuleEntry, ResourceLibraryIsLinkedAtLoad) {
     HMODULE resources = TeskColorMgrExtension().hResource;
     ASSERT_NE(resources, nullptr);
     EXPECT_NE(resources, TeskColorMgrExtension().hModule);
+    // Loaders look the entry up by its plain name.
+    EXPECT_NE(GetProcAddress(TeskColorMgrExtension().hModule, "DllMain"), nullptr);
 
     wchar_t own[520];
     ASSERT_GT(GetModuleFileNameW(TeskColorMgrExtension().hModule, own, 520), 0u);
