@@ -23,3 +23,15 @@ TEST(ModuleEntry, ResourceLibraryIsLinkedAtLoad) {
     ASSERT_GT(GetModuleFileNameW(TeskColorMgrExtension().hModule, own, 520), 0u);
     EXPECT_EQ(CConnectLanguage::Instance().GetModuleResource(CString(own)), resources);
 }
+
+TEST(LanguageService, ResourceLibrariesAreLookedForBesideTheHostLibraries) {
+    // Platform modules found elsewhere do not move the language folder.
+    tesk::test::TempEnvironment env;
+    tesk::test::WriteBytes(env.Root() + "/mscms.so", {});
+    setenv("TESK_MODULE_PATH", env.Root().c_str(), 1);
+    CString folder = CConnectLanguage::Instance().GetPath();
+    unsetenv("TESK_MODULE_PATH");
+    HMODULE resources = LoadLibraryW(folder + L"\\TeskColorMgrRC.DLL");
+    EXPECT_NE(resources, nullptr) << tesk::path::Utf8(folder.GetString());
+    if (resources) FreeLibrary(resources);
+}

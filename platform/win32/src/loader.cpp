@@ -254,6 +254,25 @@ TESK_WIN32_API HMODULE WINAPI GetModuleHandleW(LPCWSTR name) {
     return nullptr;
 }
 
+TESK_WIN32_API BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR name, HMODULE* handle) {
+    if (!handle) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    *handle = (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS)
+                  ? tesk::loader::HandleForAddress(reinterpret_cast<const void*>(name))
+                  : GetModuleHandleW(name);
+    if (!*handle) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return FALSE;
+    }
+    if (!(flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT)) {
+        std::lock_guard lock(State().mutex);
+        if (Module* module = LiveModule(*handle)) ++module->references;
+    }
+    return TRUE;
+}
+
 TESK_WIN32_API DWORD WINAPI GetModuleFileNameW(HMODULE handle, LPWSTR buffer, DWORD size) {
     std::string native;
     if (!handle) {
