@@ -1,8 +1,11 @@
 #include "cli/CommandLine.h"
 
+#include <map>
+
 #include "cli/Errors.h"
 #include "cli/imageio/DeclaredSize.h"
 #include "cli/imageio/Encoding.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
@@ -82,6 +85,14 @@ void AddEncodingOptions(CLI::App& command) {
             "JPEG quality, 1..100 (default 92)")
         ->check(CLI::Range(1, 100))
         ->type_name("N");
+    const std::map<std::string, EImageType> formats{
+        {"tiff", EImageType::Tiff}, {"png", EImageType::Png}, {"jpeg", EImageType::Jpeg}};
+    command
+        .add_option_function<EImageType>(
+            "--format", [](const EImageType& type) { SetStandardOutputFormat(type); },
+            "format of an image written to '-' (standard output): tiff, png or jpeg")
+        ->transform(CLI::CheckedTransformer(formats))
+        ->type_name("tiff|png|jpeg");
     command.add_flag_callback(
         "--no-embed", [] { ChangeRunEncoding().embedProfile = false; }, "write no ICC profile into the output");
 }
