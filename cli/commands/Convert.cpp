@@ -1,11 +1,11 @@
 // teskcolor convert: an image into the working space or another RGB profile.
 #include <cstdio>
 
+#include "cli/BatchRun.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
-#include "cli/ProgressBar.h"
 #include "cli/SessionSettings.h"
 #include "cli/imageio/ImageFile.h"
 #include "colormgr/ColorManager.h"
@@ -15,7 +15,8 @@ namespace teskcolor {
 namespace {
 
 struct SConvertOptions {
-    std::string to, from, input, output;
+    std::string to, from;
+    SFileArguments files;
 };
 
 int Run(const SConvertOptions& options) {
@@ -27,15 +28,15 @@ int Run(const SConvertOptions& options) {
         CString name(profile.moduleName);
         manager.SetColorWorkingSpace(name);
     }
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(options.input, progress.Status());
-    progress.Phase("converting");
-    const SImage output = ConvertImage(manager, input, options.from, progress.Status());
-    progress.Phase("writing");
-    WriteImage(options.output, output, progress.Status());
-    progress.Finish();
-    std::printf("wrote %s\n", options.output.c_str());
-    return 0;
+    return RunOnFiles(options.files, "converting", [&](const std::string& in, const std::string& out, CStatusControl* status) {
+        const SImage input = ReadImage(in, status);
+        SImage output;
+        {
+            std::lock_guard turn(ColourManagerTurn());
+            output = ConvertImage(manager, input, options.from, status);
+        }
+        WriteImage(out, output, status);
+    });
 }
 
 }  // namespace
@@ -48,14 +49,14 @@ SCommand AddConvertCommand(CLI::App& root) {
         "into --to PROFILE, for this run only), relative colorimetric. Grey images become RGB;\n"
         "alpha is kept.\n"
         "reads: INPUT, its embedded profile (or --from), the target profile.\n"
-        "writes: OUTPUT, RGB, tagged with the target profile.",
+        "writes: OUTPUT, RGB, tagged with the target profile; with --output-dir, each INPUT\n"
+        "under its own name there, several at once.",
         "teskcolor convert --to AdobeRGB1998.icc photo.jpg photo-adobe.tif");
     command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
     command->add_option("--from", options->from, "the source profile for an image that carries none")
         ->type_name("PROFILE");
-    command->add_option("INPUT", options->input, "the image to convert")->required();
     AddEncodingOptions(*command);
-    command->add_option("OUTPUT", options->output, "the image to write")->required();
+    AddFileArguments(*command, options->files);
     return {command, [options] { return Run(*options); }};
 }
 

@@ -1,11 +1,11 @@
 // teskcolor proof: the display transform of the settings, to a file.
 #include <cstdio>
 
+#include "cli/BatchRun.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
-#include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 #include "colormgr/ColorManager.h"
 
@@ -14,7 +14,8 @@ namespace teskcolor {
 namespace {
 
 struct SProofOptions {
-    std::string proofProfile, input, output;
+    std::string proofProfile;
+    SFileArguments files;
     std::optional<int> intent, proofIntent;
 };
 
@@ -22,16 +23,15 @@ int Run(const SProofOptions& options) {
     CColorManager& manager = ColourManager();
     const int intent = options.intent.value_or(int(manager.GetLCSIntent()));
     const int proofIntent = options.proofIntent.value_or(1);
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(options.input, progress.Status());
-    progress.Phase("proofing");
-    const SImage display =
-        ProofImage(manager, input, options.proofProfile, intent, proofIntent, progress.Status());
-    progress.Phase("writing");
-    WriteImage(options.output, display, progress.Status());
-    progress.Finish();
-    std::printf("wrote %s\n", options.output.c_str());
-    return 0;
+    return RunOnFiles(options.files, "proofing", [&](const std::string& in, const std::string& out, CStatusControl* status) {
+        const SImage input = ReadImage(in, status);
+        SImage display;
+        {
+            std::lock_guard turn(ColourManagerTurn());
+            display = ProofImage(manager, input, options.proofProfile, intent, proofIntent, status);
+        }
+        WriteImage(out, display, status);
+    });
 }
 
 }  // namespace
@@ -44,15 +44,15 @@ SCommand AddProofCommand(CLI::App& root) {
         "transform to the monitor profile, and with --proof-profile through that profile first\n"
         "(a soft proof of the print). Settings given here hold for this run only.\n"
         "reads: INPUT, the working-space, monitor and proof profiles.\n"
-        "writes: OUTPUT, tagged with the monitor profile.",
+        "writes: OUTPUT, tagged with the monitor profile; with --output-dir, each INPUT under\n"
+        "its own name there, several at once.",
         "teskcolor proof --proof-profile \"ISO Coated (FOGRA39)\" photo.tif proof.tif");
     command->add_option("--proof-profile", options->proofProfile, "soft-proof through this profile (e.g. the CMYK one)")
         ->type_name("PROFILE");
     AddIntentOption(*command, options->intent, "--intent", "display intent (default: the settings')");
     AddIntentOption(*command, options->proofIntent, "--proof-intent", "proofing intent (default relative)");
-    command->add_option("INPUT", options->input, "the image to render")->required();
     AddEncodingOptions(*command);
-    command->add_option("OUTPUT", options->output, "the image to write")->required();
+    AddFileArguments(*command, options->files);
     return {command, [options] { return Run(*options); }};
 }
 

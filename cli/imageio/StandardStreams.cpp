@@ -56,6 +56,8 @@ const std::vector<uint8_t>& StandardInputBytes(long long maxPixels) {
 
 void SetStandardOutputFormat(EImageType type) { g_outputFormat = type; }
 
+std::optional<EImageType> ChosenOutputFormat() { return g_outputFormat; }
+
 EImageType StandardOutputFormat() {
     if (!g_outputFormat) throw CCliError(EExit::Usage, "an image written to '-' needs --format tiff|png|jpeg");
     return *g_outputFormat;

@@ -21,8 +21,10 @@ inline constexpr const char* kStandardInputName = "standard input";
 // past what an image within `maxPixels` can take.
 const std::vector<uint8_t>& StandardInputBytes(long long maxPixels);
 
-// --format: the format of an image written to "-".
+// --format: the format of an image written to "-" (and of files named for
+// the user, as --output-dir does).
 void SetStandardOutputFormat(EImageType type);
+std::optional<EImageType> ChosenOutputFormat();
 // The chosen format; throws CCliError(Usage) when none was given.
 EImageType StandardOutputFormat();
 

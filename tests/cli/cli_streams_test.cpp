@@ -37,5 +37,28 @@ TEST_F(CliStreams, APipedRunWritesTheSameBytesAsTheFileRun) {
     EXPECT_EQ(std::filesystem::file_size(Path("none.tif")), 0u);
 }
 
+TEST_F(CliStreams, ManyFilesGoOnPastABrokenOneAndNeverOverwriteAnInput) {
+    ASSERT_EQ(RunTeskcolor({"chart", "--width", "90", "--height", "60", Path("a.png")}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"chart", "--width", "60", "--height", "40", Path("b.tif")}).code, 0);
+    tesk::test::WriteBytes(Path("broken.jpg"), {0xFF, 0xD8, 0xFF, 0xE0});
+    ASSERT_EQ(RunTeskcolor({"convert", Path("b.tif"), Path("b-single.tif")}).code, 0);
+
+    const SRun run = RunTeskcolor(
+        {"convert", Path("a.png"), Path("broken.jpg"), Path("b.tif"), "--output-dir", Path("out"), "--suffix", "_s"});
+    EXPECT_EQ(run.code, 9) << run.err;
+    EXPECT_NE(run.err.find("broken.jpg"), std::string::npos) << run.err;
+    EXPECT_TRUE(std::filesystem::exists(Path("out/a_s.png")));
+    EXPECT_EQ(ReadBytes(Path("out/b_s.tif")), ReadBytes(Path("b-single.tif")));
+    EXPECT_FALSE(std::filesystem::exists(Path("out/broken_s.jpg")));
+
+    std::filesystem::create_directory(Path("sub"));
+    std::filesystem::copy_file(Path("b.tif"), Path("sub/b.tif"));
+    EXPECT_EQ(RunTeskcolor({"convert", Path("b.tif"), Path("sub/b.tif"), "--output-dir", Path("two")}).code, 2);
+    EXPECT_FALSE(std::filesystem::exists(Path("two")));
+    const auto before = ReadBytes(Path("b.tif"));
+    EXPECT_EQ(RunTeskcolor({"proof", Path("a.png"), Path("b.tif"), "--output-dir", env_.Root()}).code, 2);
+    EXPECT_EQ(ReadBytes(Path("b.tif")), before);
+}
+
 }  // namespace
 }  // namespace teskcolor::test
