@@ -287,21 +287,30 @@ TEST_F(CliConversion, EveryMakeProfileCombinationWritesAValidProfile) {
     }
 }
 
-// The description's ASCII part holds 7-bit text, its Unicode part the text itself.
-TEST_F(CliConversion, DescriptionIsAsciiAndUnicodeInTheirOwnParts) {
-    Run({"make-profile", "--description", "Mon \u00e9cran", Path("mon.icc")});
-    cmsHPROFILE profile = cmsOpenProfileFromFile(Path("mon.icc").c_str(), "r");
-    ASSERT_NE(profile, nullptr);
-    std::vector<uint8_t> tag(512);
-    tag.resize(cmsReadRawTag(profile, cmsSigProfileDescriptionTag, tag.data(), cmsUInt32Number(tag.size())));
-    cmsCloseProfile(profile);
-    ASSERT_GT(tag.size(), 40u);
-    const std::string ascii(reinterpret_cast<const char*>(tag.data() + 12));
-    EXPECT_EQ(ascii, "Mon ?cran");
-    const size_t unicode = 12 + ascii.size() + 1;
-    ASSERT_EQ(tag[unicode + 7], 10);  // nine characters and the NUL
-    const std::vector<uint8_t> units(tag.begin() + std::ptrdiff_t(unicode + 8), tag.begin() + std::ptrdiff_t(unicode + 26));
-    EXPECT_EQ(units, (std::vector<uint8_t>{0, 'M', 0, 'o', 0, 'n', 0, ' ', 0, 0xE9, 0, 'c', 0, 'r', 0, 'a', 0, 'n'}));
+// lcms2 reads back exactly the texts given, 7-bit or not.
+TEST_F(CliConversion, ProfileTextsReadBackExactly) {
+    struct SCase {
+        const char* description;
+        const char* copyright;
+        const wchar_t* wideDescription;
+        const wchar_t* wideCopyright;
+    };
+    for (const SCase& c : {SCase{"Plain display", "Public domain", L"Plain display", L"Public domain"},
+                           SCase{"Mon \u00e9cran", "\u00a9 Tesk", L"Mon \u00e9cran", L"\u00a9 Tesk"}}) {
+        Run({"make-profile", "--description", c.description, "--copyright", c.copyright, Path("texts.icc")});
+        cmsHPROFILE profile = cmsOpenProfileFromFile(Path("texts.icc").c_str(), "r");
+        ASSERT_NE(profile, nullptr);
+        for (auto [signature, expected] : {std::pair{cmsSigProfileDescriptionTag, c.wideDescription},
+                                           std::pair{cmsSigCopyrightTag, c.wideCopyright}}) {
+            wchar_t text[64] = {};
+            const auto* mlu = static_cast<const cmsMLU*>(cmsReadTag(profile, signature));
+            ASSERT_NE(mlu, nullptr);
+            cmsMLUgetWide(mlu, "en", "US", text, sizeof text);
+            EXPECT_EQ(std::wstring(text), expected) << c.description;
+        }
+        cmsCloseProfile(profile);
+        EXPECT_EQ(RunTeskcolor({"info", Path("texts.icc")}).code, 0) << c.description;
+    }
 }
 
 }  // namespace
