@@ -140,6 +140,11 @@ int RunOnFiles(const SFileArguments& files, const std::string& label, const File
     if (!files.suffix.empty()) throw CCliError(EExit::Usage, "--suffix names files in --output-dir; give that too");
     if (files.files.size() != 2)
         throw CCliError(EExit::Usage, "give INPUT OUTPUT, or any number of inputs with --output-dir FOLDER");
+    if (IsStandardStream(files.files[1])) {
+        // Refused before the work rather than after it.
+        StandardOutputFormat();
+        ClaimStandardOutput();
+    }
     CProgressBar progress(label);
     work(files.files[0], files.files[1], progress.Status());
     progress.Finish();
