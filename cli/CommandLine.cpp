@@ -85,14 +85,17 @@ void AddEncodingOptions(CLI::App& command) {
             "JPEG quality, 1..100 (default 92)")
         ->check(CLI::Range(1, 100))
         ->type_name("N");
-    const std::map<std::string, EImageType> formats{
+    static const std::map<std::string, EImageType> kFormats{
         {"tiff", EImageType::Tiff}, {"png", EImageType::Png}, {"jpeg", EImageType::Jpeg}};
+    const CLI::Validator known(
+        [](std::string& text) { return kFormats.count(text) ? std::string() : "a format is tiff, png or jpeg, not '" + text + "'"; },
+        "tiff|png|jpeg");
     command
-        .add_option_function<EImageType>(
-            "--format", [](const EImageType& type) { SetStandardOutputFormat(type); },
-            "format of an image written to '-' (standard output): tiff, png or jpeg")
-        ->transform(CLI::CheckedTransformer(formats))
-        ->type_name("tiff|png|jpeg");
+        .add_option_function<std::string>(
+            "--format", [](const std::string& text) { SetStandardOutputFormat(kFormats.at(text)); },
+            "format of an image written to '-' (standard output), or of those --output-dir writes")
+        ->check(known)
+        ->type_name("FORMAT");
     command.add_flag_callback(
         "--no-embed", [] { ChangeRunEncoding().embedProfile = false; }, "write no ICC profile into the output");
 }
