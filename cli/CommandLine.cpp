@@ -1,10 +1,12 @@
 #include "cli/CommandLine.h"
 
 #include <icm.h>
+#include <map>
 
 #include "cli/Errors.h"
 #include "cli/imageio/DeclaredSize.h"
 #include "cli/imageio/Encoding.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
@@ -95,6 +97,17 @@ void AddEncodingOptions(CLI::App& command) {
             "JPEG quality, 1..100 (default 92)")
         ->check(CLI::Range(1, 100))
         ->type_name("N");
+    static const std::map<std::string, EImageType> kFormats{
+        {"tiff", EImageType::Tiff}, {"png", EImageType::Png}, {"jpeg", EImageType::Jpeg}};
+    const CLI::Validator known(
+        [](std::string& text) { return kFormats.count(text) ? std::string() : "a format is tiff, png or jpeg, not '" + text + "'"; },
+        "tiff|png|jpeg");
+    command
+        .add_option_function<std::string>(
+            "--format", [](const std::string& text) { SetStandardOutputFormat(kFormats.at(text)); },
+            "format of an image written to '-' (standard output), or of those --output-dir writes")
+        ->check(known)
+        ->type_name("FORMAT");
     command.add_flag_callback(
         "--no-embed", [] { ChangeRunEncoding().embedProfile = false; }, "write no ICC profile into the output");
 }

@@ -39,7 +39,7 @@ CLI::Option* AddIntentOption(CLI::App& command, std::optional<int>& intent, cons
 void AddBlackPointOption(CLI::App& command);
 // --cmyk PROFILE: the CMYK profile for this run.
 CLI::Option* AddCmykOption(CLI::App& command, std::string& profile);
-// --compression, --quality and --no-embed: how the files this run writes are encoded.
+// --compression, --quality, --no-embed and --format (for '-'): how the files this run writes are encoded.
 void AddEncodingOptions(CLI::App& command);
 
 }  // namespace teskcolor

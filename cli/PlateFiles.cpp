@@ -8,10 +8,13 @@
 #include "cli/imageio/ImageBands.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
 std::array<std::string, 4> PlatePaths(const std::string& pattern) {
+    if (IsStandardStream(pattern))
+        throw CCliError(EExit::Usage, "four plates are four files: '-' cannot stand for them (a packed CMYK image can)");
     const std::filesystem::path path(pattern);
     std::array<std::string, 4> paths;
     for (int i = 0; i < 4; ++i) {

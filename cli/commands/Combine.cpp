@@ -10,6 +10,7 @@
 #include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
@@ -42,7 +43,7 @@ int Run(const SCombineOptions& options) {
     std::array<std::string, 4> inputs;
     if (words.size() == 2) {
         std::error_code error;
-        if (std::filesystem::exists(words[0], error)) {
+        if (IsStandardStream(words[0]) || std::filesystem::exists(words[0], error)) {
             const SImage packed = ReadImage(words[0], progress.Status());
             if (packed.cmyk) {
                 progress.Phase("combining");

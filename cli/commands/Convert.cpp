@@ -1,12 +1,12 @@
 // teskcolor convert: an image into the working space or another RGB profile.
 #include <cstdio>
 
+#include "cli/BatchRun.h"
 #include "cli/Commands.h"
 #include "cli/DeviceLink.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
-#include "cli/ProgressBar.h"
 #include "cli/SessionSettings.h"
 #include "cli/imageio/ImageFile.h"
 #include "colormgr/ColorManager.h"
@@ -16,9 +16,10 @@ namespace teskcolor {
 namespace {
 
 struct SConvertOptions {
-    std::string to, from, link, input, output;
+    std::string to, from, link;
     std::optional<int> intent;
     bool floatSamples = false, lab = false;
+    SFileArguments files;
 };
 
 int Run(const SConvertOptions& options) {
@@ -34,19 +35,18 @@ int Run(const SConvertOptions& options) {
     writeOptions.tiffSamples = options.floatSamples ? ETiffSamples::Float
                                : options.lab        ? ETiffSamples::Lab
                                                     : ETiffSamples::AsImage;
-    if (writeOptions.tiffSamples != ETiffSamples::AsImage && ImageTypeForPath(options.output) != EImageType::Tiff)
-        throw CCliError(EExit::Usage, "convert: --float and --lab write a .tif file");
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(options.input, progress.Status());
-    progress.Phase("converting");
-    const SImage output = options.link.empty()
-                              ? ConvertImage(manager, input, options.from, progress.Status(), options.intent)
-                              : ApplyDeviceLink(ResolveProfile(options.link, &manager), input, options.intent);
-    progress.Phase("writing");
-    WriteImage(options.output, output, progress.Status(), writeOptions);
-    progress.Finish();
-    std::printf("wrote %s\n", options.output.c_str());
-    return 0;
+    return RunOnFiles(options.files, "converting", [&](const std::string& in, const std::string& out, CStatusControl* status) {
+        if (writeOptions.tiffSamples != ETiffSamples::AsImage && ImageTypeForPath(out) != EImageType::Tiff)
+            throw CCliError(EExit::Usage, "convert: --float and --lab write a .tif file");
+        const SImage input = ReadImage(in, status);
+        SImage output;
+        {
+            std::lock_guard turn(ColourManagerTurn());
+            output = options.link.empty() ? ConvertImage(manager, input, options.from, status, options.intent)
+                                          : ApplyDeviceLink(ResolveProfile(options.link, &manager), input, options.intent);
+        }
+        WriteImage(out, output, status, writeOptions);
+    });
 }
 
 }  // namespace
@@ -62,7 +62,8 @@ SCommand AddConvertCommand(CLI::App& root) {
         "Floating-point and Lab TIFFs are read too (into 16-bit RGB); --float and --lab write\n"
         "them.\n"
         "reads: INPUT, its embedded profile (or --from), the target profile.\n"
-        "writes: OUTPUT, RGB, tagged with the target profile.",
+        "writes: OUTPUT, RGB, tagged with the target profile; with --output-dir, each INPUT\n"
+        "under its own name there, several at once.",
         "teskcolor convert --to AdobeRGB1998.icc photo.jpg photo-adobe.tif");
     CLI::Option* to =
         command->add_option("--to", options->to, "target RGB profile instead of the working space")->type_name("PROFILE");
@@ -78,9 +79,8 @@ SCommand AddConvertCommand(CLI::App& root) {
         command->add_flag("--float", options->floatSamples, "write 32-bit floating-point samples (TIFF)");
     command->add_flag("--lab", options->lab, "write the result as ICC L*a*b* (TIFF), of the image's depth")
         ->excludes(floatSamples);
-    command->add_option("INPUT", options->input, "the image to convert")->required();
     AddEncodingOptions(*command);
-    command->add_option("OUTPUT", options->output, "the image to write")->required();
+    AddFileArguments(*command, options->files);
     return {command, [options] { return Run(*options); }};
 }
 

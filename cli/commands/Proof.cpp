@@ -1,12 +1,12 @@
 // teskcolor proof: the display transform of the settings, to a file.
 #include <cstdio>
 
+#include "cli/BatchRun.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/GamutWarning.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
-#include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 #include "colormgr/ColorManager.h"
 
@@ -15,7 +15,8 @@ namespace teskcolor {
 namespace {
 
 struct SProofOptions {
-    std::string proofProfile, input, output;
+    std::string proofProfile;
+    SFileArguments files;
     std::optional<int> intent, proofIntent;
     std::string gamutWarning;
     CLI::Option* gamutWarningGiven = nullptr;
@@ -29,22 +30,20 @@ int Run(const SProofOptions& options) {
     // A bare flag reads as "true".
     const bool bare = options.gamutWarning.empty() || options.gamutWarning == "true";
     const SWarningColour warning = ParseWarningColour(bare ? kDefaultGamutWarningColour : options.gamutWarning);
-    CProgressBar progress("reading");
-    const SImage input = ReadImage(options.input, progress.Status());
-    progress.Phase("proofing");
-    SImage display =
-        ProofImage(manager, input, options.proofProfile, intent, proofIntent, progress.Status());
-    if (warn) {
-        progress.Phase("checking gamut");
-        const auto& printer = options.proofProfile.empty() ? DefaultCMYKProfile(manager)
-                                                           : ResolveProfile(options.proofProfile, &manager);
-        PaintGamutWarning(display, OutOfGamutPixels(manager, input, printer.bytes, intent), warning);
-    }
-    progress.Phase("writing");
-    WriteImage(options.output, display, progress.Status());
-    progress.Finish();
-    std::printf("wrote %s\n", options.output.c_str());
-    return 0;
+    return RunOnFiles(options.files, "proofing", [&](const std::string& in, const std::string& out, CStatusControl* status) {
+        const SImage input = ReadImage(in, status);
+        SImage display;
+        {
+            std::lock_guard turn(ColourManagerTurn());
+            display = ProofImage(manager, input, options.proofProfile, intent, proofIntent, status);
+            if (warn) {
+                const auto& printer = options.proofProfile.empty() ? DefaultCMYKProfile(manager)
+                                                                   : ResolveProfile(options.proofProfile, &manager);
+                PaintGamutWarning(display, OutOfGamutPixels(manager, input, printer.bytes, intent), warning);
+            }
+        }
+        WriteImage(out, display, status);
+    });
 }
 
 }  // namespace
@@ -57,7 +56,8 @@ SCommand AddProofCommand(CLI::App& root) {
         "transform to the monitor profile, and with --proof-profile through that profile first\n"
         "(a soft proof of the print). Settings given here hold for this run only.\n"
         "reads: INPUT, the working-space, monitor and proof profiles.\n"
-        "writes: OUTPUT, tagged with the monitor profile.",
+        "writes: OUTPUT, tagged with the monitor profile; with --output-dir, each INPUT under\n"
+        "its own name there, several at once.",
         "teskcolor proof --proof-profile \"ISO Coated (FOGRA39)\" photo.tif proof.tif");
     command->add_option("--proof-profile", options->proofProfile, "soft-proof through this profile (e.g. the CMYK one)")
         ->type_name("PROFILE");
@@ -68,9 +68,8 @@ SCommand AddProofCommand(CLI::App& root) {
                           "paint what the proof (or else the CMYK) profile cannot print; --gamut-warning=COLOUR "
                           "(#rrggbb or R,G,B) picks the colour, mid grey #808080 by default");
     AddBlackPointOption(*command);
-    command->add_option("INPUT", options->input, "the image to render")->required();
     AddEncodingOptions(*command);
-    command->add_option("OUTPUT", options->output, "the image to write")->required();
+    AddFileArguments(*command, options->files);
     return {command, [options] { return Run(*options); }};
 }
 

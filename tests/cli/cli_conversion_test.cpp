@@ -272,7 +272,24 @@ TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     EXPECT_TRUE(fs::exists(Path("demo/gamuts.png")));
     size_t files = 0;
     for (const auto& entry : fs::directory_iterator(Path("demo"))) files += entry.is_regular_file();
-    EXPECT_EQ(files, 9u);  // no temporaries left
+    EXPECT_EQ(files, 10u);  // no temporaries left
+
+    // The contact sheet comes first and shows each file in its place, a flat patch of each at its colour.
+    EXPECT_EQ(run.out.find("contact sheet"), 0u) << run.out;
+    const SImage sheet = ReadImage(Path("demo/contact-sheet.png"));
+    const char* kTiles[] = {"chart.tif", "chart-cyan.tif", "chart-magenta.tif", "chart-yellow.tif",
+                            "chart-black.tif", "recombined.tif", "proof.tif"};
+    for (int tile = 0; tile < 7; ++tile) {
+        const SImage source = ReadImage(Path("demo/") + kTiles[tile]);
+        const int channels = CVPixelFormat::GetChannelCount(source.pixels.GetPixelFormat());
+        for (const auto& [x, y] : {std::pair{50, 440}, std::pair{650, 520}}) {
+            const int sheetX = 16 + (tile % 4) * 336 + x * 320 / 1200, sheetY = 16 + (tile / 4) * 253 + y * 320 / 1200;
+            for (int c = 0; c < 3; ++c)
+                EXPECT_NEAR(sheet.pixels.GetRow(sheetY)[3 * sheetX + c],
+                            source.pixels.GetRow(y)[channels * x + std::min(c, channels - 1)], 6)
+                    << kTiles[tile] << " at " << x << "," << y;
+        }
+    }
 }
 
 TEST_F(CliConversion, GreyWithAlphaConvertsToRgbTaggedWithTheTarget) {
