@@ -26,8 +26,8 @@ void SeparateBands(CColorManager& manager, const std::string& input, CStatusCont
     const SImageHeader& header = reader.Header();
     if (header.height <= 0) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
     const CWorkingSpacePreparation working(manager, header);
-    // Four plates of the input's depth, or CMYK of 8 bits: never more than twice the input's row.
-    const size_t rowBytes = size_t(CVPixelFormat::GetRowBytes(header.format, header.width)) * 2;
+    // Four plates of the input's depth, or CMYK: at most 8 bytes for an 8-bit RGB pixel's 3.
+    const size_t rowBytes = size_t(CVPixelFormat::GetRowBytes(header.format, header.width)) * 3;
     SBandStages stages;
     stages.read = ReadBandsFrom({&reader});
     stages.convert = [&](SBand& band, CStatusControl* bandStatus) {
@@ -35,6 +35,31 @@ void SeparateBands(CColorManager& manager, const std::string& input, CStatusCont
     };
     stages.write = [&](const SBand& band) { write(band, header.height); };
     RunBands(header.height, BandRows(rowBytes, header.height), stages, status);
+}
+
+// 16-bit ink amounts through the module's 16-bit separation, which needs
+// 16-bit RGB in: the four plates it gives are packed C,M,Y,K.
+CRowIterator SeparateSixteenBit(CColorManager& manager, const CRowIterator& rgb, CStatusControl* status) {
+    CRowIterator wide;
+    const bool widen = !CVPixelFormat::Is16bit(rgb.GetPixelFormat());
+    if (widen && (!wide.Create(rgb.GetWidth(), rgb.GetHeight(), VPF_RGB_16) || !RowIterator::CopyRect(wide, rgb)))
+        ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
+    std::array<CRowIterator, 4> plates;
+    const VellErrorCode code = manager.TransformFromRGBToCMYK(status, widen ? wide : rgb, plates[0], plates[1],
+                                                              plates[2], plates[3], false);
+    if (code != VELL_OK) ModuleFailure(code, "separation");
+    CRowIterator packed;
+    if (!packed.Create(rgb.GetWidth(), rgb.GetHeight(), VPF_RGBA_16)) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
+    for (const CRowIterator& plate : plates)
+        if (plate.GetPixelFormat() != VPF_GREY_16) ModuleFailure(VELL_ERR_TRANSLATE, "16-bit separation");
+    for (int y = 0; y < packed.GetHeight(); ++y) {
+        auto* out = reinterpret_cast<uint16_t*>(packed.GetRow(y));
+        for (size_t ink = 0; ink < 4; ++ink) {
+            const auto* in = reinterpret_cast<const uint16_t*>(plates[ink].GetRow(y));
+            for (int x = 0; x < packed.GetWidth(); ++x) out[4 * x + ink] = in[x];
+        }
+    }
+    return packed;
 }
 
 }  // namespace
@@ -71,15 +96,19 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
 }
 
 void SeparateFileToPacked(CColorManager& manager, const std::string& input, const std::string& output,
-                          CStatusControl* status) {
+                          bool sixteenBit, CStatusControl* status) {
     std::unique_ptr<CBandFileOutput> writer;
     const std::vector<uint8_t> cmykProfile = DefaultCMYKProfile(manager).bytes;
     SeparateBands(
         manager, input, status,
         [&](const CRowIterator& rgb, SBand& band, CStatusControl* bandStatus) {
             band.outputs.resize(1);
-            const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, rgb, band.outputs[0]);
-            if (code != VELL_OK) ModuleFailure(code, "separation");
+            if (sixteenBit) {
+                band.outputs[0] = SeparateSixteenBit(manager, rgb, bandStatus);
+            } else {
+                const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, rgb, band.outputs[0]);
+                if (code != VELL_OK) ModuleFailure(code, "separation");
+            }
             if (!band.outputs[0].IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
         },
         [&](const SBand& band, int height) {

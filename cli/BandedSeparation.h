@@ -14,8 +14,8 @@ namespace teskcolor {
 // none. Returns their paths.
 std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std::string& input,
                                               const std::string& pattern, bool invert, CStatusControl* status);
-// One CMYK TIFF (ink amounts) carrying the CMYK profile.
+// One CMYK file (ink amounts) carrying the CMYK profile; 8 bits a channel, or 16.
 void SeparateFileToPacked(CColorManager& manager, const std::string& input, const std::string& output,
-                          CStatusControl* status);
+                          bool sixteenBit, CStatusControl* status);
 
 }  // namespace teskcolor

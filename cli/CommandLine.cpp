@@ -1,8 +1,12 @@
 #include "cli/CommandLine.h"
 
+#include <icm.h>
+#include <map>
+
 #include "cli/Errors.h"
 #include "cli/imageio/DeclaredSize.h"
 #include "cli/imageio/Encoding.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
@@ -55,6 +59,17 @@ CLI::Option* AddIntentOption(CLI::App& command, std::optional<int>& intent, cons
         ->type_name("INTENT");
 }
 
+void AddBlackPointOption(CLI::App& command) {
+    // Asked for while parsing: before the colour manager builds any transform.
+    command.add_flag_callback(
+        "--bpc",
+        [] {
+            if (!::TeskSetTransformExtensions(TESK_BLACK_POINT_COMPENSATION))
+                throw CLI::ValidationError("--bpc", "the colour system offers no black-point compensation");
+        },
+        "black-point compensation: the source's black maps to the destination's");
+}
+
 CLI::Option* AddCmykOption(CLI::App& command, std::string& profile) {
     return command.add_option("--cmyk", profile, "the CMYK profile for this run (default: the settings')")
         ->type_name("PROFILE");
@@ -82,6 +97,17 @@ void AddEncodingOptions(CLI::App& command) {
             "JPEG quality, 1..100 (default 92)")
         ->check(CLI::Range(1, 100))
         ->type_name("N");
+    static const std::map<std::string, EImageType> kFormats{
+        {"tiff", EImageType::Tiff}, {"png", EImageType::Png}, {"jpeg", EImageType::Jpeg}};
+    const CLI::Validator known(
+        [](std::string& text) { return kFormats.count(text) ? std::string() : "a format is tiff, png or jpeg, not '" + text + "'"; },
+        "tiff|png|jpeg");
+    command
+        .add_option_function<std::string>(
+            "--format", [](const std::string& text) { SetStandardOutputFormat(kFormats.at(text)); },
+            "format of an image written to '-' (standard output), or of those --output-dir writes")
+        ->check(known)
+        ->type_name("FORMAT");
     command.add_flag_callback(
         "--no-embed", [] { ChangeRunEncoding().embedProfile = false; }, "write no ICC profile into the output");
 }

@@ -34,9 +34,12 @@ int ParseIntent(const std::string& text, const std::string& what);
 CLI::Option* AddIntentOption(CLI::App& command, std::optional<int>& intent, const std::string& name = "--intent",
                              const std::string& help = "rendering intent for this run: perceptual, relative, "
                                                        "saturation, absolute (or 0..3)");
+// --bpc: black-point compensation on every transform of this run (the
+// colour system's extension; off unless given).
+void AddBlackPointOption(CLI::App& command);
 // --cmyk PROFILE: the CMYK profile for this run.
 CLI::Option* AddCmykOption(CLI::App& command, std::string& profile);
-// --compression, --quality and --no-embed: how the files this run writes are encoded.
+// --compression, --quality, --no-embed and --format (for '-'): how the files this run writes are encoded.
 void AddEncodingOptions(CLI::App& command);
 
 }  // namespace teskcolor

@@ -11,10 +11,17 @@
 
 namespace teskcolor {
 
-CRowIterator DrawableImage(CColorManager& manager, const std::string& path, bool eightBit) {
-    SImage image = ReadImage(path);
+CRowIterator DrawableImage(CColorManager& manager, const std::string& path, bool eightBit, CProgressBar& progress) {
+    progress.Phase("reading");
+    SImage image = ReadImage(path, progress.Status());
     if (image.cmyk) throw CCliError(EExit::Unsupported, path + ": CMYK images are shown through 'combine' first");
-    SImage working = ToWorkingSpace(manager, image, nullptr);
+    // The conversion is one call of the module's: shown as a step, begun and done.
+    progress.Phase("converting");
+    progress.Status()->SetProgressRange(1);
+    progress.Status()->SetProgress(0);
+    SImage working = ToWorkingSpace(manager, image, progress.Status());
+    progress.Status()->SetProgress(1);
+    progress.Finish();
     CRowIterator pixels = working.pixels;
     EVPixelFormat format = pixels.GetPixelFormat();
     EVPixelFormat wanted = format;

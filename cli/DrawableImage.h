@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "cli/ProgressBar.h"
 #include "device/VDeviceContext.h"
 #include "host/imaging/RowIterator.h"
 
@@ -13,8 +14,9 @@ class CColorManager;
 namespace teskcolor {
 
 // The image at `path` in the working space at 8 or 16 bits (8 when
-// `eightBit`), without alpha. CMYK images are refused.
-CRowIterator DrawableImage(CColorManager& manager, const std::string& path, bool eightBit);
+// `eightBit`), without alpha, its reading and conversion shown on `progress`.
+// CMYK images are refused.
+CRowIterator DrawableImage(CColorManager& manager, const std::string& path, bool eightBit, CProgressBar& progress);
 
 // The image scaled by `zoom` (nearest pixel), at least one pixel each way;
 // the same image when `zoom` is 1.

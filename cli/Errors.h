@@ -16,6 +16,7 @@ enum class EExit : int {
     WrongProfile = 6,    // a profile of the wrong class or colour space
     WriteFailed = 7,     // an output file could not be written
     NoDisplay = 8,       // a command that shows something found no display
+    SomeFailed = 9,      // of several files, some were written and some failed
 };
 
 class CCliError : public std::runtime_error {

@@ -53,11 +53,18 @@ std::vector<uint8_t> ReadFileBytes(const std::string& path) {
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
 }
 
-bool IsImageFile(const std::string& path) {
-    uint8_t head[8] = {};
+// The whole file unless it is an image, whose profile alone is wanted; one
+// open for both the look at its start and the read.
+bool ReadUnlessImage(const std::string& path, std::vector<uint8_t>& bytes) {
     std::ifstream in(path, std::ios::binary);
+    if (!in) throw CCliError(EExit::NotFound, path + ": cannot open");
+    uint8_t head[8] = {};
     in.read(reinterpret_cast<char*>(head), sizeof head);
-    return DetectImageType(head, size_t(in.gcount())).has_value();
+    if (DetectImageType(head, size_t(in.gcount())).has_value()) return false;
+    in.clear();
+    in.seekg(0);
+    bytes.assign(std::istreambuf_iterator<char>(in), {});
+    return true;
 }
 
 }  // namespace
@@ -83,7 +90,8 @@ std::string ProfileFile(const std::string& argument, CColorManager* manager) {
 SProfileSource ReadProfileSource(const std::string& argument, CColorManager* manager) {
     const std::string path = ProfileFile(argument, manager);
     if (path.empty()) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
-    if (!IsImageFile(path)) return {ReadFileBytes(path), argument, path, tesk::path::ToWindows(fs::absolute(path).string())};
+    std::vector<uint8_t> bytes;
+    if (ReadUnlessImage(path, bytes)) return {std::move(bytes), argument, path, tesk::path::ToWindows(fs::absolute(path).string())};
     // Only the header: the profile is all that is wanted of the image.
     SImageHeader image = ReadImageHeader(path);
     if (image.iccProfile.empty()) throw CCliError(EExit::NotFound, argument + ": the image carries no ICC profile");

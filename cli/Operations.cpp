@@ -8,6 +8,7 @@
 
 #include "cli/ColourEquivalence.h"
 #include "cli/Errors.h"
+#include "cli/IntentConversion.h"
 #include "cli/ModuleHost.h"
 #include "cli/ProfileHeader.h"
 #include "cli/SessionSettings.h"
@@ -219,7 +220,7 @@ SImage CPackedCombination::Apply(const SImage& cmyk, CStatusControl* status) con
 }
 
 CConversionToWorkingSpace::CConversionToWorkingSpace(CColorManager& manager, const SImageHeader& image,
-                                                     const std::string& assumedSource)
+                                                     const std::string& assumedSource, std::optional<int> intent)
     : m_manager(manager) {
     std::vector<uint8_t> source = image.iccProfile;
     if (!assumedSource.empty() && source.empty()) source = ResolveProfile(assumedSource, &manager).bytes;
@@ -229,6 +230,10 @@ CConversionToWorkingSpace::CConversionToWorkingSpace(CColorManager& manager, con
         throw CCliError(EExit::WrongProfile, "the source profile is " + SignatureText(ColourSpaceOf(source)) +
                                                  "; convert takes RGB images with RGB profiles");
     if (image.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image cannot be converted here; use 'combine'");
+    if (intent) {
+        m_intent = std::make_unique<CIntentConversion>(manager, source, *intent);
+        return;
+    }
     m_profile = std::make_unique<CProfileInMemory>(source, "the source profile");
     m_workingProfile = WorkingSpaceProfile(manager).bytes;
     if (SameRgbColours(source, m_workingProfile)) m_profile.reset();
@@ -240,6 +245,10 @@ SImage CConversionToWorkingSpace::ApplyInPlace(const SImage& image) const {
     const EVPixelFormat format = image.pixels.GetPixelFormat();
     SImage working;
     working.pixels = CVPixelFormat::IsGreyscale(format) ? Copy(image.pixels, RgbOf(format)) : image.pixels;
+    if (m_intent) {
+        m_intent->Apply(working);
+        return working;
+    }
     if (m_profile) TransformIntoWorkingSpace(m_manager, working, *m_profile);
     working.iccProfile = m_workingProfile;
     return working;

@@ -3,6 +3,7 @@
 #pragma once
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -69,11 +70,14 @@ private:
     std::unique_ptr<CProfileInMemory> m_profile;  // null: the settings' CMYK profile
 };
 
+class CIntentConversion;
+
 // An RGB or grey image from its profile (or an assumed one) into the working
-// space, which a run may have overridden.
+// space, which a run may have overridden; relative colorimetric unless `intent`.
 class CConversionToWorkingSpace {
 public:
-    CConversionToWorkingSpace(CColorManager& manager, const SImageHeader& image, const std::string& assumedSource);
+    CConversionToWorkingSpace(CColorManager& manager, const SImageHeader& image, const std::string& assumedSource,
+                              std::optional<int> intent = std::nullopt);
     ~CConversionToWorkingSpace();
     CConversionToWorkingSpace(const CConversionToWorkingSpace&) = delete;
     CConversionToWorkingSpace& operator=(const CConversionToWorkingSpace&) = delete;
@@ -83,6 +87,7 @@ public:
 private:
     CColorManager& m_manager;
     std::unique_ptr<CProfileInMemory> m_profile;  // null: the pixels are in the working space already
+    std::unique_ptr<CIntentConversion> m_intent;  // set: it converts instead
     std::vector<uint8_t> m_workingProfile;
 };
 

@@ -20,4 +20,8 @@ class COutputTransaction;
 std::vector<std::string> WritePlates(const std::string& pattern, const std::array<SImage, 4>& plates,
                                      COutputTransaction& transaction, CStatusControl* status);
 
+// The channels of a packed 8-bit CMYK image as four plates (ink amounts, or
+// 255 = no ink with `invert`); all four or none. Returns their paths.
+std::vector<std::string> WritePlatesOfPacked(const std::string& pattern, const SImage& cmyk, bool invert);
+
 }  // namespace teskcolor

@@ -10,6 +10,7 @@
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/imageio/TiffWideSamples.h"
 
 namespace teskcolor {
 
@@ -26,7 +27,8 @@ namespace {
 constexpr const char* kExitCodes =
     "exit codes: 0 done, 1 the colour system failed, 2 bad arguments, 3 missing file,\n"
     "4 corrupt or truncated file, 5 unsupported image layout, 6 profile of the wrong class,\n"
-    "7 output could not be written, 8 no display to show on.\n"
+    "7 output could not be written, 8 no display to show on, 9 of several files some failed\n"
+    "(each named on standard error; when all fail, the first one's code).\n"
     "'teskcolor help COMMAND' or 'teskcolor COMMAND --help' describes a command.";
 
 // The module decides its trace switch once, as it loads, from this event when
@@ -107,6 +109,7 @@ int main(int argc, char** argv) {
         for (const SCommand& command : commands)
             if (command.app->parsed()) {
                 UseDisplayFor(command.app->get_name());
+                SetWideSampleTarget([] { return WorkingSpaceProfile(ColourManager()).bytes; });
                 return command.run();
             }
         return Fail(EExit::Usage, "no command given (see teskcolor --help)");

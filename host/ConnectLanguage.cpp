@@ -1,6 +1,5 @@
 #include "host/ConnectLanguage.h"
 
-#include <tesk/loader.h>
 #include <tesk/path.h>
 #include <tesk/resource.h>
 
@@ -27,9 +26,14 @@ LanguageState& State() {
     return *state;
 }
 
-std::string FolderOf(const std::string& path) {
-    size_t cut = path.rfind('/');
-    return cut == std::string::npos ? std::string(".") : path.substr(0, cut);
+// The folder of a module's file, in Windows form; "" when it is unknown.
+CString ModuleFolder(HMODULE module) {
+    wchar_t file[1024] = {};
+    DWORD length = GetModuleFileNameW(module, file, 1024);
+    if (length == 0 || length >= 1024) return CString();
+    std::wstring path(file, length);
+    size_t cut = path.rfind(L'\\');
+    return CString(cut == std::wstring::npos ? std::wstring() : path.substr(0, cut));
 }
 
 }  // namespace
@@ -44,19 +48,15 @@ CString CConnectLanguage::GetLanguageTag() const { return CString(tesk::UserLang
 CString CConnectLanguage::GetPath() const {
     // Set, even to nothing, it wins: a host without language files says so with "".
     if (const char* override_ = std::getenv("TESK_LANGUAGE_PATH")) return CString(tesk::path::ToWindows(override_));
-    // The build and the install put the resource libraries beside the platform modules.
-    std::string modules = tesk::loader::ResolveModulePath(L"MSCMS.DLL");
-    if (modules.empty()) return CString();
-    return CString(tesk::path::ToWindows(FolderOf(modules)));
+    // Resource libraries are installed beside the libraries that use them.
+    HMODULE self = nullptr;
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                            reinterpret_cast<LPCWSTR>(&State), &self))
+        return CString();
+    return ModuleFolder(self);
 }
 
-CString CConnectLanguage::GetAltPath() const {
-    wchar_t exe[1024] = {};
-    GetModuleFileNameW(nullptr, exe, 1024);
-    std::wstring path = exe;
-    size_t cut = path.rfind(L'\\');
-    return CString(cut == std::wstring::npos ? std::wstring() : path.substr(0, cut));
-}
+CString CConnectLanguage::GetAltPath() const { return ModuleFolder(nullptr); }
 
 void CConnectLanguage::StoreCB(PFN_LinkExtension callback, const CString& moduleName) {
     if (callback) callback(moduleName);

@@ -14,7 +14,7 @@ public:
     // Language tag such as "en-us" or "de-de", from the environment.
     CString GetLanguageTag() const;
     // Folder of the language resource libraries (Windows form): $TESK_LANGUAGE_PATH,
-    // else the folder of the platform's modules.
+    // else the folder this host library was loaded from.
     CString GetPath() const;
     // Fallback folder: the host executable's folder.
     CString GetAltPath() const;

@@ -217,7 +217,13 @@ std::wstring Utf16ToWide(const std::u16string& units) {
         const char32_t unit = units[i];
         if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < units.size() && units[i + 1] >= 0xDC00 &&
             units[i + 1] <= 0xDFFF) {
-            text.push_back(static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (units[i + 1] - 0xDC00)));
+            // A 2-byte wchar_t is UTF-16 itself: the pair stays a pair.
+            if constexpr (sizeof(wchar_t) == 2) {
+                text.push_back(static_cast<wchar_t>(unit));
+                text.push_back(static_cast<wchar_t>(units[i + 1]));
+            } else {
+                text.push_back(static_cast<wchar_t>(0x10000 + ((unit - 0xD800) << 10) + (units[i + 1] - 0xDC00)));
+            }
             ++i;
         } else if (unit >= 0xD800 && unit <= 0xDFFF) {
             text.push_back(L'\xFFFD');

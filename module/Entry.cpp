@@ -1,7 +1,5 @@
 #include "module/Entry.h"
 
-#include <tesk/loader.h>
-
 #include "host/ConnectLanguage.h"
 #include "module/Trace.h"
 
@@ -70,14 +68,4 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
         AfxTermExtensionModule(g_extension);
     }
     return 1;
-}
-
-// Linux runs these where Windows would call the entry point for the process.
-__attribute__((constructor)) static void OnModuleLoad() {
-    HMODULE self = tesk::loader::HandleForAddress(reinterpret_cast<const void*>(&DllMain));
-    DllMain(reinterpret_cast<HINSTANCE>(self), DLL_PROCESS_ATTACH, nullptr);
-}
-
-__attribute__((destructor)) static void OnModuleUnload() {
-    DllMain(reinterpret_cast<HINSTANCE>(g_extension.hModule), DLL_PROCESS_DETACH, nullptr);
 }

@@ -7,7 +7,9 @@
 #include "host/ExtensionModule.h"
 #include "module/Export.h"
 
-TESKCOLORMGR_API BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
+// Called by the system's loader once when the module is loaded and once when it
+// goes away; C linkage, the name loaders look for.
+extern "C" TESKCOLORMGR_API BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
 
 // Called by the language service to load the module's resource library.
 TESKCOLORMGR_API void LinkExtension(CString moduleName);

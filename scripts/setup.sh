@@ -17,6 +17,8 @@ packages=(
   # dummy driver keeps gamma ramps), a print server, and a driver for the
   # colour-matching dialog.
   xvfb xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils xdotool cups-daemon cups-client
+  # mingw-w64's Windows headers: the reference for our stand-in headers' values.
+  mingw-w64-x86-64-dev
 )
 if [ "$(id -u)" = 0 ]; then sudo=""; else sudo="sudo"; fi
 missing=()

@@ -11,6 +11,7 @@
 #include "cli/SeparationIntent.h"
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
@@ -37,7 +38,8 @@ int Run(const SCombineOptions& options) {
     std::error_code error;
     if (words.size() == 5) {
         job.inputs.assign(words.begin(), words.end() - 1);
-    } else if (std::filesystem::exists(words[0], error) && ReadImageHeader(words[0]).cmyk) {
+    } else if ((IsStandardStream(words[0]) || std::filesystem::exists(words[0], error)) &&
+               ReadImageHeader(words[0]).cmyk) {
         job.inputs = {words[0]};
     } else {
         const auto plates = PlatePaths(words[0]);
@@ -69,6 +71,7 @@ SCommand AddCombineCommand(CLI::App& root) {
                       "PNG (or older MinIsBlack TIFF) plates hold ink amounts (0 = no ink)");
     AddCmykOption(*command, options->cmyk);
     AddIntentOption(*command, options->intent);
+    AddBlackPointOption(*command);
     AddEncodingOptions(*command);
     command->add_option("FILES", options->files, "CYAN MAGENTA YELLOW BLACK OUTPUT, or PLATES.tif|CMYK.tif OUTPUT")
         ->required();

@@ -10,6 +10,7 @@
 #include "cli/ProgressBar.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
+#include "cli/plots/ContactSheet.h"
 #include "cli/plots/ProfilePlot.h"
 #include "colormgr/ColorManager.h"
 
@@ -32,7 +33,6 @@ int Run(const SDemoOptions& options) {
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
     const SProfileSource& cmykProfile = DefaultCMYKProfile(manager);
     const SProfileSource& workingSpace = WorkingSpaceProfile(manager);
-    std::printf("working space: %s\nCMYK profile:  %s\n", workingSpace.origin.c_str(), cmykProfile.origin.c_str());
 
     const auto path = [&](const char* name) { return (folder / name).string(); };
     // The demo's files replace those of an earlier run all together, or not at all.
@@ -43,31 +43,37 @@ int Run(const SDemoOptions& options) {
     SImage chart = MakeChart(1200, 800, false);
     chart.iccProfile = workingSpace.bytes;
     WriteImage(path("chart.tif"), chart, progress.Status(), writeOptions);
-    progress.Finish();
-    std::printf("1. chart            %s\n", path("chart.tif").c_str());
-
     auto plates = SeparateToPlates(manager, chart, true, progress.Status());
     WritePlates(path("chart.tif"), plates, files, progress.Status());
-    progress.Finish();
-    std::printf("2. plates           %s\n", PlatePaths(path("chart.tif"))[0].c_str());
-    for (int i = 1; i < 4; ++i) std::printf("                    %s\n", PlatePaths(path("chart.tif"))[size_t(i)].c_str());
     WriteImage(path("chart-cmyk.tif"), SeparateToPacked(manager, chart, progress.Status()), progress.Status(),
                writeOptions);
-    progress.Finish();
-    std::printf("   packed CMYK      %s\n", path("chart-cmyk.tif").c_str());
-
     const SImage recombined = CombinePlates(manager, plates, progress.Status());
     WriteImage(path("recombined.tif"), recombined, progress.Status(), writeOptions);
-    progress.Finish();
-    std::printf("3. recombined RGB   %s\n", path("recombined.tif").c_str());
-
     const std::string proofProfile = cmykProfile.file.empty() ? std::string() : cmykProfile.file;
     const SImage proof = ProofImage(manager, recombined, proofProfile, int(manager.GetLCSIntent()), 1, progress.Status());
     WriteImage(path("proof.tif"), proof, progress.Status(), writeOptions);
-    progress.Finish();
-    std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
     files.Commit();
+    WriteContactSheet(path("contact-sheet.png"), {{"chart", &chart},
+                                                  {"cyan plate", &plates[0]},
+                                                  {"magenta plate", &plates[1]},
+                                                  {"yellow plate", &plates[2]},
+                                                  {"black plate", &plates[3]},
+                                                  {"recombined", &recombined},
+                                                  {"soft proof", &proof}},
+                      4);
     WriteGamutPlot(path("gamuts.png"), {{workingSpace.bytes, workingSpace.origin}, {cmykProfile.bytes, cmykProfile.origin}});
+    progress.Finish();
+
+    // The sheet first: the one file to open to see the run.
+    std::printf("contact sheet       %s\n", path("contact-sheet.png").c_str());
+    std::printf("working space: %s\nCMYK profile:  %s\n", workingSpace.origin.c_str(), cmykProfile.origin.c_str());
+    std::printf("1. chart            %s\n", path("chart.tif").c_str());
+    const auto platePaths = PlatePaths(path("chart.tif"));
+    std::printf("2. plates           %s\n", platePaths[0].c_str());
+    for (size_t i = 1; i < 4; ++i) std::printf("                    %s\n", platePaths[i].c_str());
+    std::printf("   packed CMYK      %s\n", path("chart-cmyk.tif").c_str());
+    std::printf("3. recombined RGB   %s\n", path("recombined.tif").c_str());
+    std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
     std::printf("5. gamuts           %s\n", path("gamuts.png").c_str());
     std::printf("done: the files are in %s\n", folder.c_str());
     return 0;
@@ -85,7 +91,8 @@ SCommand AddDemoCommand(CLI::App& root) {
         "reads: the settings' working-space and CMYK profiles.\n"
         "writes: into FOLDER (default ./teskcolor-demo) chart.tif,\n"
         "chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif, recombined.tif, proof.tif,\n"
-        "gamuts.png (the working space's and the CMYK profile's gamuts).",
+        "gamuts.png (the working space's and the CMYK profile's gamuts), and contact-sheet.png:\n"
+        "the chart, the plates, the recombined image and the proof side by side, printed first.",
         "teskcolor demo /tmp/demo");
     AddCmykOption(*command, options->cmyk);
     command->add_option("FOLDER", options->folder, "where the files go (default ./teskcolor-demo)");

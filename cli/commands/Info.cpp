@@ -8,9 +8,11 @@
 
 #include "cli/Commands.h"
 #include "cli/Errors.h"
+#include "cli/GamutWarning.h"
 #include "cli/ModuleHost.h"
 #include "cli/ProfileFileValues.h"
 #include "cli/ProfileHeader.h"
+#include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
 #include "cli/plots/PlotFile.h"
 #include "cli/plots/ProfilePlot.h"
@@ -84,6 +86,11 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
     Json out{{"source", profile.origin}, {"bytes", profile.bytes.size()}};
     auto header = ParseProfileHeader(profile.bytes.data(), profile.bytes.size());
     if (header && header->signature == 0x61637370) out["header"] = HeaderJson(*header);  // 'acsp': a header to show
+    // A device link's "connection space" is the device space it gives.
+    const bool link = header && header->deviceClass == 0x6C696E6B;  // 'link'
+    if (link)
+        out["device_link"] = Json{{"input", SignatureText(header->dataColorSpace)},
+                                  {"output", SignatureText(header->connectionSpace)}};
 
     // The module may touch the block while it checks it; it gets a copy.
     std::vector<uint8_t> block = profile.bytes;
@@ -129,7 +136,7 @@ Json Describe(const SProfileSource& profile, CColorManager& manager) {
 
     Json classification = Json::object();
     SColorSpecRGB colorSpec{};
-    if (header && header->dataColorSpace == 0x52474220) {
+    if (header && header->dataColorSpace == 0x52474220 && !link) {
         void* handle = reader.GetProfile();
         classification["logical_colour_space"] = reader.GetLCSCSType(handle) == 0x73524742 ? "sRGB" : "calibrated RGB";
         if (reader.BuildColorSpecRGB(colorSpec)) {
@@ -167,12 +174,33 @@ void PrintText(const Json& j, const std::string& indent = "") {
 namespace {
 
 struct SInfoOptions {
-    bool json = false;
-    std::string profile, plot, compare;
+    bool json = false, gamut = false;
+    std::string profile, plot, compare, cmyk;
 };
+
+// How much of an image the CMYK profile cannot print.
+int ReportGamut(const SInfoOptions& options, CColorManager& manager) {
+    const SImage image = ReadImage(options.profile);
+    const SProfileSource& printer =
+        options.cmyk.empty() ? DefaultCMYKProfile(manager) : ResolveProfile(options.cmyk, &manager);
+    const std::vector<uint8_t> marks = OutOfGamutPixels(manager, image, printer.bytes, INTENT_PERCEPTUAL);
+    size_t outside = 0;
+    for (uint8_t mark : marks) outside += mark != 0;
+    const double percent = marks.empty() ? 0.0 : 100.0 * double(outside) / double(marks.size());
+    if (options.json) {
+        const Json report{{"image", options.profile}, {"profile", printer.origin}, {"pixels", marks.size()},
+                          {"out_of_gamut", outside}, {"percent", percent}};
+        std::printf("%s\n", report.dump(2).c_str());
+    } else {
+        std::printf("%.2f %% of the pixels (%zu of %zu) are out of the gamut of %s\n", percent, outside,
+                    marks.size(), printer.origin.c_str());
+    }
+    return 0;
+}
 
 int Run(const SInfoOptions& options) {
     CColorManager& manager = ColourManager();
+    if (options.gamut) return ReportGamut(options, manager);
     const SProfileSource& profile = ResolveProfile(options.profile, &manager);
     const Json description = Describe(profile, manager);
     if (options.json)
@@ -198,6 +226,7 @@ SCommand AddInfoCommand(CLI::App& root) {
         "check's verdict (and why a file is refused), header fields, description and copyright;\n"
         "the module's analysis (its readings of the tone curves, colorants and white point, and\n"
         "how it classifies the profile) beside the values the file holds, as Little CMS reads them.\n"
+        "With --gamut, instead: how many of an image's pixels the CMYK profile cannot print.\n"
         "reads: PROFILE or IMAGE. writes: nothing (text, or JSON with --json, on standard output);\n"
         "with --plot, a picture of the gamut on the xy diagram beside sRGB (or --compare) and the\n"
         "tone curves.",
@@ -206,6 +235,9 @@ SCommand AddInfoCommand(CLI::App& root) {
     CLI::Option* plot = command->add_option("--plot", options->plot, "draw the gamut and tone curves (.png, .svg or .pdf)")
                                 ->check(PlotFileName());
     command->add_option("--compare", options->compare, "the profile the gamut is drawn beside (default sRGB)")->needs(plot);
+    CLI::Option* gamut = command->add_flag(
+        "--gamut", options->gamut, "instead: the share of the image's pixels the CMYK profile cannot print");
+    AddCmykOption(*command, options->cmyk)->needs(gamut);
     command->add_option("PROFILE", options->profile, "a profile file, an installed name, or an image")->required();
     return {command, [options] { return Run(*options); }};
 }

@@ -98,9 +98,9 @@ int Run(const SMakeProfileOptions& options) {
     if (!ok || result != CM_PROFILE_VALID)
         throw CCliError(EExit::WriteFailed, output + ": the profile writer " +
                                                 (ok ? "produced a profile the colour system rejects" : "failed"));
-    // The writer puts the text into the ASCII part alone; both parts get it in their own form.
+    // The writer stores 7-bit text alone; the texts are put where every reader finds them exactly.
     const std::vector<uint8_t> described =
-        WithDescription(ReadProfileFile(file.TempPath()), description.front());
+        WithTexts(ReadProfileFile(file.TempPath()), description.front(), copyright.front());
     std::ofstream rewritten(file.TempPath(), std::ios::binary | std::ios::trunc);
     if (!rewritten.write(reinterpret_cast<const char*>(described.data()), std::streamsize(described.size())).flush())
         throw CCliError(EExit::WriteFailed, output + ": cannot write the profile");
@@ -123,7 +123,9 @@ SCommand AddMakeProfileCommand(CLI::App& root) {
         ->check(CLI::IsMember({"srgb", "adobe"}));
     command->add_option("--gamma", options->gamma, "one gamma for all three curves (default: the sRGB curve)")
         ->check(CLI::Range(0.1, 10.0));
-    command->add_option("--description", options->description, "the profile's description (default from the choices)")
+    command->add_option("--description", options->description,
+                        "the profile's description (default from the choices); text beyond ASCII,\n"
+                        "here or in --copyright, makes a version-4 profile, whose texts lcms2 reads exactly")
         ->type_name("TEXT");
     command->add_option("--copyright", options->copyright, "the copyright text")->type_name("TEXT");
     command->add_option("OUTPUT", options->output, "the .icc file to write")->required();

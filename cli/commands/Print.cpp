@@ -11,6 +11,7 @@
 
 #include "cli/Commands.h"
 #include "cli/DrawableImage.h"
+#include "cli/ProgressBar.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "colormgr/ColorManager.h"
@@ -43,7 +44,8 @@ struct SPrintOptions {
 int Run(const SPrintOptions& options) {
     const std::string& path = options.image;
     CColorManager& manager = ColourManager();
-    const CRowIterator image = DrawableImage(manager, path, true);
+    CProgressBar progress("reading");
+    const CRowIterator image = DrawableImage(manager, path, true, progress);
 
     std::wstring printer =
         options.printer ? tesk::path::Wide(*options.printer) : DefaultPrinter();

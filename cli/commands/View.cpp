@@ -11,6 +11,7 @@
 #include "cli/DrawableImage.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
+#include "cli/ProgressBar.h"
 #include "cli/X11Window.h"
 #include "cli/imageio/ImageFile.h"
 #include "colormgr/ColorManager.h"
@@ -30,7 +31,8 @@ int Run(const SViewOptions& options) {
     RequireDisplay("view");
     CColorManager& manager = ColourManager();
     const std::string& path = options.image;
-    const CRowIterator full = DrawableImage(manager, path, false);
+    CProgressBar progress("reading");
+    const CRowIterator full = DrawableImage(manager, path, false, progress);
     // Fit the screen unless a zoom is asked for: a window larger than the
     // screen can be neither seen nor captured whole.
     const auto [screenWidth, screenHeight] = ScreenSize();

@@ -19,7 +19,7 @@ SImageHeader ReadTiffHeader(const std::string& path, const SReadOptions& options
 SImage ReadTiffMemory(const uint8_t* data, size_t size, const SReadOptions& options);
 void WriteTiff(const std::string& path, const SImage& image, const SWriteOptions& options, CStatusControl* status);
 // Null, with the header still filled, for a TIFF that has to be read whole
-// (tiles, separate planes).
+// (tiles, separate planes) and when only the header is asked for.
 std::unique_ptr<IImageRowSource> OpenTiffRowSource(const std::string& path, const SReadOptions& options,
                                                    SImageHeader& header);
 // Whether a TIFF of this image is past what 32-bit offsets reach (BigTIFF then).

@@ -42,8 +42,13 @@ struct SReadOptions {
 
 class COutputTransaction;
 
+// What a TIFF's samples hold: the image's own, 32-bit floating point (0..1),
+// or ICC L*a*b* (D50) of the image's depth, converted from its profile.
+enum class ETiffSamples { AsImage, Float, Lab };
+
 struct SWriteOptions {
     SEncoding encoding = RunEncoding();
+    ETiffSamples tiffSamples = ETiffSamples::AsImage;
     // Set: the file becomes visible when the transaction commits, with the others.
     COutputTransaction* transaction = nullptr;
 };

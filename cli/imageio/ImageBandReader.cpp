@@ -5,13 +5,14 @@
 #include "cli/imageio/Codecs.h"
 #include "cli/imageio/ImageBands.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
 CImageBandReader::CImageBandReader(const std::string& path, const SReadOptions& options) {
     // Only TIFF is streamed; for anything else, a missing file included,
     // ReadImage gives the image or the error.
-    std::FILE* file = std::fopen(path.c_str(), "rb");
+    std::FILE* file = IsStandardStream(path) ? nullptr : std::fopen(path.c_str(), "rb");
     uint8_t head[8] = {};
     const size_t got = file ? std::fread(head, 1, sizeof head, file) : 0;
     if (file) std::fclose(file);

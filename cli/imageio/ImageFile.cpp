@@ -9,10 +9,12 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
 std::optional<EImageType> ImageTypeForPath(const std::string& path) {
+    if (IsStandardStream(path)) return StandardOutputFormat();
     std::string extension = std::filesystem::path(path).extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return char(std::tolower(c)); });
@@ -53,7 +55,19 @@ EImageType FileImageType(const std::string& path) {
 
 }  // namespace
 
+namespace {
+
+SImage ReadStandardInput(const SReadOptions& options) {
+    const std::vector<uint8_t>& bytes = StandardInputBytes(options.maxPixels);
+    if (!DetectImageType(bytes.data(), bytes.size()))
+        throw CCliError(EExit::Unsupported, std::string(kStandardInputName) + ": not a TIFF, PNG or JPEG image");
+    return ReadImageMemory(bytes.data(), bytes.size(), options);
+}
+
+}  // namespace
+
 SImage ReadImage(const std::string& path, CStatusControl* status, const SReadOptions& options) {
+    if (IsStandardStream(path)) return ReadStandardInput(options);
     switch (FileImageType(path)) {
         case EImageType::Tiff: return ReadTiffFile(path, options, status);
         case EImageType::Png: return ReadPngFile(path, options, status);
@@ -63,6 +77,12 @@ SImage ReadImage(const std::string& path, CStatusControl* status, const SReadOpt
 }
 
 SImageHeader ReadImageHeader(const std::string& path, const SReadOptions& options) {
+    if (IsStandardStream(path)) {
+        // Read once and kept: the pixels that follow come from the same bytes.
+        SImage image = ReadStandardInput({});
+        return {image.pixels.GetWidth(), image.pixels.GetHeight(), image.pixels.GetPixelFormat(), image.cmyk,
+                std::move(image.iccProfile)};
+    }
     switch (FileImageType(path)) {
         case EImageType::Tiff: return ReadTiffHeader(path, options);
         case EImageType::Png: return ReadPngHeader(path, options);
@@ -86,6 +106,8 @@ void WriteImage(const std::string& path, const SImage& image, CStatusControl* st
     const std::optional<EImageType> type = ImageTypeForPath(path);
     if (!type) throw CCliError(EExit::Usage, path + ": output must end in .tif, .tiff, .png, .jpg or .jpeg");
     if (!image.pixels.IsAttached()) throw CCliError(EExit::Failed, path + ": no image to write");
+    if (options.tiffSamples != ETiffSamples::AsImage && *type != EImageType::Tiff)
+        throw CCliError(EExit::Usage, path + ": floating-point and Lab samples are written to .tif only");
     switch (*type) {
         case EImageType::Tiff: WriteTiff(path, image, options, status); return;
         case EImageType::Png: WritePng(path, image, options, status); return;

@@ -1,5 +1,5 @@
 // Image files by name: the format is told by the file's first bytes when
-// reading and by the extension when writing.
+// reading and by the extension when writing. "-" is standard input or output.
 #pragma once
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +13,7 @@ class CStatusControl;
 namespace teskcolor {
 
 // By extension (.tif/.tiff, .png, .jpg/.jpeg, any case); nothing for others.
+// "-" is standard output, in the format --format chose.
 std::optional<EImageType> ImageTypeForPath(const std::string& path);
 // By signature; nothing when the bytes are none of the three.
 std::optional<EImageType> DetectImageType(const uint8_t* head, size_t size);

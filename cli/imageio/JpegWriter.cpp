@@ -26,6 +26,7 @@ struct SJpegWriteJob {
     std::jmp_buf jump{};
     char message[JMSG_LENGTH_MAX] = {};
     const CRowIterator* pixels = nullptr;
+    bool cmyk = false;
     std::vector<std::vector<uint8_t>> iccMarkers;
     int quality = 92;
     std::FILE* file = nullptr;
@@ -46,8 +47,9 @@ bool Encode(jpeg_compress_struct* cinfo, SJpegWriteJob* job) {
     const bool grey = job->pixels->GetPixelFormat() == VPF_GREY_8;
     cinfo->image_width = JDIMENSION(job->pixels->GetWidth());
     cinfo->image_height = JDIMENSION(job->pixels->GetHeight());
-    cinfo->input_components = grey ? 1 : 3;
-    cinfo->in_color_space = grey ? JCS_GRAYSCALE : JCS_EXT_BGR;
+    cinfo->input_components = job->cmyk ? 4 : grey ? 1 : 3;
+    cinfo->in_color_space = job->cmyk ? JCS_CMYK : grey ? JCS_GRAYSCALE : JCS_EXT_BGR;
+    // For CMYK this also asks for the APP14 marker that says the samples are inverted.
     jpeg_set_defaults(cinfo);
     jpeg_set_quality(cinfo, job->quality, TRUE);
     jpeg_start_compress(cinfo, TRUE);
@@ -67,21 +69,28 @@ bool Encode(jpeg_compress_struct* cinfo, SJpegWriteJob* job) {
 }  // namespace
 
 void WriteJpeg(const std::string& path, const SImage& image, const SWriteOptions& options, CStatusControl* status) {
-    if (image.cmyk) throw CCliError(EExit::Unsupported, path + ": JPEG output is RGB or grey, not CMYK");
-    // JPEG holds 8-bit grey or RGB: deeper or alpha images go through an 8-bit copy.
+    // JPEG holds 8-bit grey, RGB or CMYK: deeper or alpha images go through an 8-bit copy.
     const EVPixelFormat format = image.pixels.GetPixelFormat();
-    const EVPixelFormat target = CVPixelFormat::IsGreyscale(format) ? VPF_GREY_8 : VPF_RGB_8;
+    const EVPixelFormat target = image.cmyk ? VPF_RGBA_8 : CVPixelFormat::IsGreyscale(format) ? VPF_GREY_8 : VPF_RGB_8;
     CRowIterator converted;
     const CRowIterator* pixels = &image.pixels;
-    if (format != target) {
+    if (format != target || image.cmyk) {
         if (!converted.Create(image.pixels.GetWidth(), image.pixels.GetHeight(), target) ||
             !RowIterator::CopyRect(converted, image.pixels))
             throw CCliError(EExit::Unsupported, path + ": JPEG cannot hold " + DescribeLayout(image));
         pixels = &converted;
     }
+    // CMYK as Adobe's applications write it, 255 for no ink, which readers
+    // know from the APP14 marker.
+    if (image.cmyk)
+        for (int y = 0; y < converted.GetHeight(); ++y) {
+            BYTE* row = converted.GetRow(y);
+            for (int i = 0; i < converted.GetBytesPerRow(); ++i) row[i] = BYTE(~row[i]);
+        }
     COutputFile output(path, options.transaction);
     SJpegWriteJob job;
     job.pixels = pixels;
+    job.cmyk = image.cmyk;
     if (options.encoding.embedProfile) job.iccMarkers = SplitIccProfile(image.iccProfile);
     job.quality = options.encoding.jpegQuality;
     job.file = output.Stream();

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "cli/Errors.h"
+#include "cli/imageio/StandardStreams.h"
 #include "cli/imageio/TemporaryFiles.h"
 
 namespace teskcolor {
@@ -18,6 +19,11 @@ namespace {
 std::string ErrnoText() { return std::strerror(errno); }
 
 std::string TemporaryPattern(const std::string& destination, const char* kind) {
+    if (IsStandardStream(destination)) {
+        // Completed privately, then copied out: a failure sends nothing half-made.
+        const char* folder = std::getenv("TMPDIR");
+        return std::string(folder && *folder ? folder : "/tmp") + "/teskcolor-stdout" + kind + "XXXXXX";
+    }
     const std::filesystem::path target(destination);
     std::filesystem::path folder = target.parent_path();
     if (folder.empty()) folder = ".";
@@ -33,6 +39,10 @@ void RemoveTemporary(const std::string& path) {
 
 COutputFile::COutputFile(const std::string& destination, COutputTransaction* transaction)
     : m_destination(destination), m_transaction(transaction) {
+    if (IsStandardStream(destination)) {
+        if (transaction) throw CCliError(EExit::Usage, "several files cannot go to standard output");
+        ClaimStandardOutput();
+    }
     std::string pattern = TemporaryPattern(destination, ".");
     // Registered before it exists: a signal between the two leaves nothing behind.
     int fd = -1;
@@ -48,7 +58,7 @@ COutputFile::COutputFile(const std::string& destination, COutputTransaction* tra
     // mkstemp makes the file private; an image is as readable as any other new file.
     mode_t mask = umask(0);
     umask(mask);
-    fchmod(fd, 0666 & ~mask);
+    if (!IsStandardStream(destination)) fchmod(fd, 0666 & ~mask);
     m_temp = pattern;
     m_stream = fdopen(fd, "w+b");
     if (!m_stream) {
@@ -76,7 +86,10 @@ void COutputFile::Commit() {
             throw CCliError(EExit::WriteFailed, "cannot write " + m_destination + ": " + ErrnoText());
     }
     CloseStream();
-    if (m_transaction) {
+    if (IsStandardStream(m_destination)) {
+        CopyToStandardOutput(m_temp);
+        RemoveTemporary(m_temp);
+    } else if (m_transaction) {
         m_transaction->Adopt(m_temp, m_destination);
     } else {
         CSignalsHeld held;

@@ -44,7 +44,7 @@ void TiffCorrupt(const std::string& name, const std::string& what) {
     throw CCliError(EExit::Corrupt, name + ": " + what + (detail.empty() ? "" : " (" + detail + ")"));
 }
 
-EVPixelFormat STiffLayout::Format() const { return FormatFor(colourChannels + (alpha ? 1 : 0), bits); }
+EVPixelFormat STiffLayout::Format() const { return FormatFor(colourChannels + (alpha ? 1 : 0), Wide() ? 16 : bits); }
 
 STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOptions& options) {
     STiffLayout layout;
@@ -60,9 +60,15 @@ STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOption
 
     if (layout.width == 0 || layout.height == 0) TiffCorrupt(name, "TIFF of zero size");
     if (layout.width > 0x7FFFFFFF / 8 || layout.height > 0x7FFFFFFF) Unsupported(name, "image too large");
-    if (sampleFormat != SAMPLEFORMAT_UINT) Unsupported(name, "floating-point or signed TIFF samples");
-    if (layout.bits != 8 && layout.bits != 16)
-        Unsupported(name, std::to_string(layout.bits) + "-bit TIFF samples (8 and 16 are supported)");
+    if (sampleFormat == SAMPLEFORMAT_IEEEFP) {
+        if (layout.bits != 32)
+            Unsupported(name, std::to_string(layout.bits) + "-bit floating-point TIFF samples (32 is supported)");
+        layout.samplesHeld = ETiffSamples::Float;
+    } else if (sampleFormat != SAMPLEFORMAT_UINT) {
+        Unsupported(name, "signed integer TIFF samples");
+    } else if (layout.bits != 8 && layout.bits != 16) {
+        Unsupported(name, std::to_string(layout.bits) + "-bit TIFF samples (8, 16 and 32-bit float are supported)");
+    }
     if (!options.headerOnly)
         RequirePlausibleSize(name, layout.width, layout.height,
                              uint64_t(layout.width) * layout.samples * (layout.bits / 8), FileBytes(tif),
@@ -72,6 +78,13 @@ STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOption
         case PHOTOMETRIC_MINISBLACK:
         case PHOTOMETRIC_MINISWHITE: layout.colourChannels = 1; break;
         case PHOTOMETRIC_RGB: layout.colourChannels = 3; break;
+        case PHOTOMETRIC_CIELAB:
+        case PHOTOMETRIC_ICCLAB:
+            if (layout.Wide()) Unsupported(name, "floating-point Lab TIFF");
+            layout.colourChannels = 3;
+            layout.samplesHeld = ETiffSamples::Lab;
+            layout.signedLab = layout.photometric == PHOTOMETRIC_CIELAB;
+            break;
         case PHOTOMETRIC_SEPARATED: {
             uint16_t inkSet = INKSET_CMYK;
             TIFFGetFieldDefaulted(tif, TIFFTAG_INKSET, &inkSet);
@@ -84,8 +97,12 @@ STiffLayout ReadTiffLayout(TIFF* tif, const std::string& name, const SReadOption
     }
     int extra = int(layout.samples) - layout.colourChannels;
     if (extra < 0) TiffCorrupt(name, "TIFF has fewer samples than its colour space needs");
-    if (extra > 1 || (extra == 1 && layout.cmyk))
+    if (extra > 1 || (extra == 1 && (layout.cmyk || layout.samplesHeld == ETiffSamples::Lab)))
         Unsupported(name, "TIFF with " + std::to_string(extra) + " extra samples");
+    if (layout.samplesHeld == ETiffSamples::Float && (layout.cmyk || layout.photometric == PHOTOMETRIC_MINISWHITE))
+        Unsupported(name, "floating-point TIFF other than RGB or grey (min-is-black)");
+    if (layout.Wide() && (TIFFIsTiled(tif) || layout.SeparatePlanes()))
+        Unsupported(name, "tiled or planar floating-point or Lab TIFF");
     layout.alpha = extra == 1;
     return layout;
 }
@@ -108,6 +125,8 @@ std::vector<uint8_t> TiffIccProfile(TIFF* tif, const std::string& name, const ST
         if (field && TiffDroppedTag(TIFFFieldName(field))) TiffCorrupt(name, "the embedded ICC profile is cut off");
         return {};
     }
+    // Lab is the profile connection space itself: a profile beside it says nothing more.
+    if (layout.samplesHeld == ETiffSamples::Lab) return {};
     if (!profile) size = 0;
     return TakeEmbeddedProfile(name, static_cast<const uint8_t*>(profile), size, layout.Format(), layout.cmyk);
 }

@@ -23,7 +23,11 @@ struct STiffLayout {
     int colourChannels = 0;
     bool alpha = false;
     bool cmyk = false;
+    // Float and Lab samples are read into 16-bit ones (TiffWideSamples).
+    ETiffSamples samplesHeld = ETiffSamples::AsImage;
+    bool signedLab = false;  // CIE Lab: a* and b* as signed numbers
 
+    bool Wide() const { return samplesHeld != ETiffSamples::AsImage; }
     EVPixelFormat Format() const;
     bool SeparatePlanes() const { return planar == PLANARCONFIG_SEPARATE && samples > 1; }
 };

@@ -10,6 +10,7 @@
 #include "cli/imageio/Codecs.h"
 #include "cli/imageio/TiffLayout.h"
 #include "cli/imageio/TiffMessages.h"
+#include "cli/imageio/TiffWideSamples.h"
 #include "host/imaging/StatusControl.h"
 
 namespace teskcolor {
@@ -49,19 +50,27 @@ void MemUnmap(thandle_t, void*, toff_t) {}
 // that fits the image's row is decoded in place.
 class CTiffStripRows final : public IImageRowSource {
 public:
-    CTiffStripRows(TIFF* tif, const STiffLayout& layout, std::string name, TiffPtr owned = nullptr)
-        : m_owned(std::move(owned)), m_tif(tif), m_layout(layout), m_name(std::move(name)) {
+    CTiffStripRows(TIFF* tif, const STiffLayout& layout, std::string name, const std::vector<uint8_t>& embedded,
+                   TiffPtr owned = nullptr)
+        : m_owned(std::move(owned)), m_tif(tif), m_layout(layout), m_name(std::move(name)), m_profile(embedded) {
         const size_t rowBytes = size_t(layout.width) * layout.samples * (layout.bits / 8);
         const tmsize_t scanline = TIFFScanlineSize(tif);
         if (scanline <= 0 || size_t(scanline) < rowBytes) TiffCorrupt(m_name, "TIFF rows shorter than the image width");
         m_buffer.resize(size_t(scanline));
         m_rowBytes = rowBytes;
+        if (layout.Wide()) {
+            m_decoder = std::make_unique<CWideSampleDecoder>(m_layout, embedded, m_name);
+            m_profile = m_decoder->Profile();
+        }
     }
+
+    // The profile of the rows as they are handed out.
+    const std::vector<uint8_t>& Profile() const { return m_profile; }
 
     void ReadRows(int first, CRowIterator& band) override { Read(first, band, nullptr); }
 
     void Read(int first, CRowIterator& band, CStatusControl* status) {
-        const bool direct = m_buffer.size() <= size_t(std::abs(band.GetStride()));
+        const bool direct = !m_decoder && m_buffer.size() <= size_t(std::abs(band.GetStride()));
         if (status) status->SetProgressRange(band.GetHeight());
         for (int r = 0; r < band.GetHeight(); ++r) {
             if (status) status->SetProgress(r);
@@ -69,6 +78,10 @@ public:
             BYTE* row = band.GetRow(r);
             if (TIFFReadScanline(m_tif, direct ? row : m_buffer.data(), y, 0) < 0)
                 TiffCorrupt(m_name, "truncated or corrupt TIFF data at row " + std::to_string(y));
+            if (m_decoder) {
+                m_decoder->Decode(m_buffer.data(), row);
+                continue;
+            }
             if (!direct) std::memcpy(row, m_buffer.data(), m_rowBytes);
             ToImageRow(m_layout, row);
         }
@@ -79,6 +92,8 @@ private:
     TIFF* m_tif;
     STiffLayout m_layout;
     std::string m_name;
+    std::vector<uint8_t> m_profile;
+    std::unique_ptr<CWideSampleDecoder> m_decoder;
     std::vector<uint8_t> m_buffer;
     size_t m_rowBytes = 0;
 };
@@ -137,11 +152,16 @@ SImage ReadTiff(TIFF* tif, const std::string& name, const SReadOptions& options,
     SImage image;
     image.cmyk = layout.cmyk;
     image.iccProfile = TiffIccProfile(tif, name, layout);
+    std::unique_ptr<CTiffStripRows> strips;
+    if (!TIFFIsTiled(tif) && !layout.SeparatePlanes()) {
+        strips = std::make_unique<CTiffStripRows>(tif, layout, name, image.iccProfile);
+        image.iccProfile = strips->Profile();
+    }
     if (!image.pixels.Create(int(layout.width), int(layout.height), layout.Format()))
         throw CCliError(EExit::Failed, name + ": not enough memory for a " + std::to_string(layout.width) + " x " +
                                            std::to_string(layout.height) + " image");
-    if (!TIFFIsTiled(tif) && !layout.SeparatePlanes()) {
-        CTiffStripRows(tif, layout, name).Read(0, image.pixels, status);
+    if (strips) {
+        strips->Read(0, image.pixels, status);
     } else {
         if (TIFFIsTiled(tif))
             ReadTiles(tif, layout, image.pixels, name, status);
@@ -170,9 +190,11 @@ std::unique_ptr<IImageRowSource> OpenTiffRowSource(const std::string& path, cons
     if (!tif) TiffCorrupt(path, "not a readable TIFF file");
     const STiffLayout layout = ReadTiffLayout(tif.get(), path, options);
     header = {int(layout.width), int(layout.height), layout.Format(), layout.cmyk, TiffIccProfile(tif.get(), path, layout)};
-    if (TIFFIsTiled(tif.get()) || layout.SeparatePlanes()) return nullptr;
+    if (options.headerOnly || TIFFIsTiled(tif.get()) || layout.SeparatePlanes()) return nullptr;
     TIFF* handle = tif.get();
-    return std::make_unique<CTiffStripRows>(handle, layout, path, std::move(tif));
+    auto rows = std::make_unique<CTiffStripRows>(handle, layout, path, header.iccProfile, std::move(tif));
+    header.iccProfile = rows->Profile();
+    return rows;
 }
 
 SImageHeader ReadTiffHeader(const std::string& path, const SReadOptions& options) {

@@ -10,6 +10,7 @@
 #include "cli/imageio/OutputFile.h"
 #include "cli/imageio/PixelOrder.h"
 #include "cli/imageio/TiffMessages.h"
+#include "cli/imageio/TiffWideSamples.h"
 #include "host/imaging/StatusControl.h"
 
 namespace teskcolor {
@@ -21,25 +22,31 @@ namespace {
     throw CCliError(EExit::WriteFailed, path + ": " + what + (detail.empty() ? "" : " (" + detail + ")"));
 }
 
-void SetFields(TIFF* tif, const SImageHeader& image, const SEncoding& encoding) {
+void SetFields(TIFF* tif, const SImageHeader& image, const SEncoding& encoding, ETiffSamples samples,
+               const CWideSampleEncoder* wide) {
     const EVPixelFormat format = image.format;
-    const int channels = ChannelsOf(format);
+    const int channels = wide ? wide->FileChannels() : ChannelsOf(format);
     const bool alpha = CVPixelFormat::IsAlphaChannelPresent(format) && !image.cmyk;
     TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, uint32_t(image.width));
     TIFFSetField(tif, TIFFTAG_IMAGELENGTH, uint32_t(image.height));
-    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, uint16_t(BytesPerSampleOf(format) * 8));
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, uint16_t(wide ? wide->FileBitsPerSample() : BytesPerSampleOf(format) * 8));
     TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, uint16_t(channels));
     TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    if (samples == ETiffSamples::Float) TIFFSetField(tif, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP);
     const uint16_t compression = TiffCompressionTag(encoding.tiffCompression);
     TIFFSetField(tif, TIFFTAG_COMPRESSION, compression);
     // Differences between neighbours compress far better than the samples
     // themselves in photographs, charts and plates alike.
+    // Floats too: their own predictor packs a little tighter, but tools that
+    // copy the tag onto integer output (tificc) then fail.
     if (compression != COMPRESSION_NONE) TIFFSetField(tif, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     // zlib's fastest level: a 24 MP packed separation of the test chart writes in
     // 0.53 s instead of 0.84 s at libtiff's default 6, as 2.9 MB instead of 1.7 MB.
     if (compression == COMPRESSION_ADOBE_DEFLATE) TIFFSetField(tif, TIFFTAG_ZIPQUALITY, 1);
     TIFFSetField(tif, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    if (image.cmyk) {
+    if (samples == ETiffSamples::Lab) {
+        TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_ICCLAB);
+    } else if (image.cmyk) {
         TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_SEPARATED);
         TIFFSetField(tif, TIFFTAG_INKSET, INKSET_CMYK);
     } else {
@@ -55,17 +62,25 @@ void SetFields(TIFF* tif, const SImageHeader& image, const SEncoding& encoding) 
     const tmsize_t rowBytes = std::max<tmsize_t>(TIFFScanlineSize(tif), 1);
     const tmsize_t rows = std::min<tmsize_t>((tmsize_t{256} << 10) / rowBytes, image.height);
     TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, uint32_t(std::max<tmsize_t>(rows, 1)));
-    if (encoding.embedProfile && !image.iccProfile.empty())
+    // Lab needs no profile: it is the one every profile connects through.
+    if (encoding.embedProfile && !image.iccProfile.empty() && samples != ETiffSamples::Lab)
         TIFFSetField(tif, TIFFTAG_ICCPROFILE, uint32_t(image.iccProfile.size()), image.iccProfile.data());
 }
 
 }  // namespace
 
-bool NeedsBigTiff(const SImageHeader& header) {
+namespace {
+
+bool NeedsBigTiff(const SImageHeader& header, uint64_t rowBytes) {
     // Classic TIFF offsets are 32 bits; the margin covers tags, strip tables and the profile.
     constexpr uint64_t kClassicLimit = (uint64_t{1} << 32) - (uint64_t{64} << 20);
-    const uint64_t pixels = uint64_t(CVPixelFormat::GetRowBytes(header.format, header.width)) * uint64_t(header.height);
-    return pixels + header.iccProfile.size() > kClassicLimit;
+    return rowBytes * uint64_t(header.height) + header.iccProfile.size() > kClassicLimit;
+}
+
+}  // namespace
+
+bool NeedsBigTiff(const SImageHeader& header) {
+    return NeedsBigTiff(header, uint64_t(CVPixelFormat::GetRowBytes(header.format, header.width)));
 }
 
 namespace {
@@ -85,15 +100,20 @@ public:
             throw CCliError(EExit::Unsupported,
                             path + ": this libtiff cannot write " +
                                 kTiffCompressionNames[int(options.encoding.tiffCompression)] + " compression");
+        size_t rowBytes = size_t(CVPixelFormat::GetRowBytes(format, header.width));
+        if (options.tiffSamples != ETiffSamples::AsImage) {
+            m_wide = std::make_unique<CWideSampleEncoder>(options.tiffSamples, m_header, path);
+            rowBytes = size_t(header.width) * size_t(m_wide->FileChannels()) * size_t(m_wide->FileBitsPerSample() / 8);
+        }
         const int fd = dup(fileno(m_output.Stream()));
         if (fd < 0) WriteFailure(path, "cannot open the output");
-        m_tif = TIFFFdOpen(fd, path.c_str(), NeedsBigTiff(header) ? "w8" : "w");
+        m_tif = TIFFFdOpen(fd, path.c_str(), NeedsBigTiff(header, rowBytes) ? "w8" : "w");
         if (!m_tif) {
             close(fd);
             WriteFailure(path, "cannot start a TIFF file");
         }
-        SetFields(m_tif, header, options.encoding);
-        m_row.resize(size_t(CVPixelFormat::GetRowBytes(format, header.width)));
+        SetFields(m_tif, header, options.encoding, options.tiffSamples, m_wide.get());
+        m_row.resize(rowBytes);
     }
     ~CTiffBandWriter() override {
         if (m_tif) TIFFClose(m_tif);
@@ -107,8 +127,11 @@ public:
         if (status) status->SetProgressRange(rows.GetHeight());
         for (int y = 0; y < rows.GetHeight(); ++y, ++m_written) {
             if (status) status->SetProgress(y);
-            std::memcpy(m_row.data(), rows.GetRow(y), m_row.size());
-            if (swap) SwapRedBlue(m_row.data(), size_t(m_header.width), ChannelsOf(format), BytesPerSampleOf(format));
+            if (m_wide)
+                m_wide->Encode(rows.GetRow(y), m_row.data());
+            else
+                std::memcpy(m_row.data(), rows.GetRow(y), m_row.size());
+            if (swap && !m_wide) SwapRedBlue(m_row.data(), size_t(m_header.width), ChannelsOf(format), BytesPerSampleOf(format));
             if (m_written >= m_header.height || TIFFWriteScanline(m_tif, m_row.data(), uint32_t(m_written), 0) < 0)
                 WriteFailure(m_output.Destination(), "cannot write the TIFF data");
         }
@@ -125,6 +148,7 @@ public:
 private:
     COutputFile m_output;
     SImageHeader m_header;
+    std::unique_ptr<CWideSampleEncoder> m_wide;
     TIFF* m_tif = nullptr;
     std::vector<uint8_t> m_row;
     int m_written = 0;

@@ -9,6 +9,7 @@
 #include "color_directory.h"
 #include "matrix_profile.h"
 #include "profile_access.h"
+#include "profile_file_cache.h"
 
 using namespace tesk::mscms;
 
@@ -62,7 +63,7 @@ bool ProfileOfFile(const LOGCOLORSPACEW& lcs, Bytes& bytes) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return false;
     }
-    if (!ReadWholeFile(ProfilePath(std::wstring(lcs.lcsFilename, length)), bytes)) return false;
+    if (!ReadProfileFile(ProfilePath(std::wstring(lcs.lcsFilename, length)), bytes)) return false;
     if (!ParseIccContainer(bytes)) {
         SetLastError(ERROR_INVALID_PROFILE);
         return false;

@@ -11,6 +11,7 @@
 
 #include "color_directory.h"
 #include "profile_access.h"
+#include "profile_file_cache.h"
 #include "profile_handles.h"
 #include "profile_validity.h"
 
@@ -86,7 +87,7 @@ bool OpenFromFile(const PROFILE& record, DWORD creationMode, OpenProfile& profil
     const bool empty = StartsEmpty(creationMode, exists);
     if (!empty) {
         Bytes bytes;
-        if (!ReadWholeFile(path, bytes) || !LoadContainer(bytes, profile)) return false;
+        if (!ReadProfileFile(path, bytes) || !LoadContainer(bytes, profile)) return false;
     }
     if (profile.writable) {
         const fs::path folder = fs::path(path).parent_path();

@@ -1,4 +1,5 @@
-// CreateColorTransformW, CreateMultiProfileTransform, DeleteColorTransform.
+// CreateColorTransformW, CreateMultiProfileTransform, DeleteColorTransform,
+// and the extensions a host asks for on every transform it creates.
 #include <icm.h>
 #include <windows.h>
 #include <tesk/export_guard.h>
@@ -7,13 +8,18 @@
 #include "transform_cache.h"
 #include "transform_handles.h"
 
+#include <atomic>
+
 namespace tesk::mscms {
 namespace {
+
+constexpr DWORD kExtensionFlags = TESK_BLACK_POINT_COMPENSATION;
+std::atomic<DWORD> g_extensions{0};
 
 HTRANSFORM MakeTransform(std::vector<ChainMember> members, DWORD flags) {
     ChainKey key;
     DWORD error = ERROR_SUCCESS;
-    if (!MakeChainKey(std::move(members), flags, key, error)) {
+    if (!MakeChainKey(std::move(members), flags | g_extensions.load(), key, error)) {
         SetLastError(error);
         return nullptr;
     }
@@ -94,6 +100,15 @@ HTRANSFORM WINAPI CreateMultiProfileTransform(PHPROFILE pahProfiles, DWORD nProf
     return MakeTransform(std::move(members), dwFlags);
 } catch (...) {
     return tesk::FailAtBoundary(HTRANSFORM{});
+}
+
+BOOL WINAPI TeskSetTransformExtensions(DWORD flags) {
+    if (flags & ~kExtensionFlags) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    g_extensions.store(flags);
+    return TRUE;
 }
 
 BOOL WINAPI DeleteColorTransform(HTRANSFORM hxform) try {

@@ -1,6 +1,7 @@
 // HTRANSFORM values: counters, not addresses, looked up in a table, so a
 // closed or foreign handle is recognised and never dereferenced.
 #pragma once
+#include "gamut_check.h"
 #include "transform_chain.h"
 
 #include <memory>
@@ -9,6 +10,7 @@ namespace tesk::mscms {
 
 struct ColorTransform {
     std::shared_ptr<ChainTransforms> chain;
+    GamutChecks gamutChecks;  // made by the first CheckBitmapBits
 };
 
 HTRANSFORM RegisterTransform(std::shared_ptr<ColorTransform> transform);

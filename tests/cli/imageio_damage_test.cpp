@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <tiffio.h>
 
+#include <cmath>
+#include <cstring>
 #include <filesystem>
 
 #include "cli/Errors.h"
@@ -65,20 +67,26 @@ TEST_F(FileErrors, MissingEmptyAndForeignFiles) {
     EXPECT_EQ(ReadFailure(env_.Root() + "/notes.tif"), EExit::Unsupported);
 }
 
-TEST_F(FileErrors, FloatingPointTiffIsUnsupported) {
+// Untagged float grey keeps its meaning at 16 bits; what no 16-bit sample
+// can hold is clipped, and NaN reads as 0.
+TEST_F(FileErrors, FloatingPointTiffIsClippedIntoSixteenBits) {
     const std::string path = env_.Root() + "/float.tif";
     TIFF* tif = TIFFOpen(path.c_str(), "w");
     ASSERT_NE(tif, nullptr);
-    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, 2u);
+    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, 5u);
     TIFFSetField(tif, TIFFTAG_IMAGELENGTH, 1u);
     TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 32);
     TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, 1);
     TIFFSetField(tif, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_IEEEFP);
     TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    float row[2] = {0.25f, 0.5f};
+    float row[5] = {0.25f, 0.5f, std::nanf(""), 2.0f, -1.0f};
     TIFFWriteScanline(tif, row, 0, 0);
     TIFFClose(tif);
-    EXPECT_EQ(ReadFailure(path), EExit::Unsupported);
+    const SImage image = ReadImage(path);
+    ASSERT_EQ(image.pixels.GetPixelFormat(), VPF_GREY_16);
+    uint16_t words[5];
+    std::memcpy(words, image.pixels.GetRow(0), sizeof words);
+    EXPECT_EQ(std::vector<uint16_t>(words, words + 5), (std::vector<uint16_t>{16384, 32768, 0, 65535, 0}));
 }
 
 TEST_F(FileErrors, OversizedImageIsRefusedBeforeDecoding) {
@@ -95,7 +103,7 @@ TEST_F(FileErrors, OversizedImageIsRefusedBeforeDecoding) {
 }
 
 TEST_F(FileErrors, FailedWriteKeepsTheOldFileAndLeavesNoTemporary) {
-    const std::string path = env_.Root() + "/keep.jpg";
+    const std::string path = env_.Root() + "/keep.png";
     WriteBytes(path, {1, 2, 3});
     SImage cmyk = PatternImage(4, 4, VPF_RGBA_8, true);
     EXPECT_THROW(WriteImage(path, cmyk), CCliError);
@@ -103,7 +111,7 @@ TEST_F(FileErrors, FailedWriteKeepsTheOldFileAndLeavesNoTemporary) {
     EXPECT_THROW(WriteImage(env_.Root() + "/no/such/folder/x.png", SmoothImage(4, 4, VPF_RGB_8)), CCliError);
     size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(env_.Root())) files += entry.is_regular_file();
-    EXPECT_EQ(files, 1u);  // only keep.jpg
+    EXPECT_EQ(files, 1u);  // only keep.png
 }
 
 TEST(JpegIccMarkers, JoinsChunksInAnyOrderAndRejectsBrokenSets) {

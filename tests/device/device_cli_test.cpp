@@ -112,8 +112,14 @@ TEST_F(DisplayCommandTest, ViewShowsTheImageThroughTheDisplayTransform) {
     colormgr_test::WriteRgbProfile(monitor, 1.8);
     ASSERT_EQ(Teskcolor("settings set monitor-profile " + Quoted(monitor)).code, 0);
     const std::string shot = env_.Root() + "/shot.png";
-    SRun view = Teskcolor("view --screenshot " + Quoted(shot) + " --timeout 0 " + Quoted(input_));
+    // On a terminal, as a user runs it: the image's preparation shows progress.
+    SRun view = tesk::test::RunShell("script -qec " +
+                                     Quoted(TESK_BINARY_DIR "/bin/teskcolor view --screenshot " + Quoted(shot) +
+                                            " --timeout 0 " + Quoted(input_)) +
+                                     " /dev/null");
     ASSERT_EQ(view.code, 0) << view.out;
+    EXPECT_NE(view.out.find("reading"), std::string::npos) << view.out;
+    EXPECT_NE(view.out.find("100%"), std::string::npos) << view.out;
 
     // The reference: Little CMS from the working space to the monitor profile.
     cmsHPROFILE working = cmsOpenProfileFromFile((ColorDir() + "/sRGB Color Space Profile.icm").c_str(), "r");

@@ -16,8 +16,22 @@ TEST(ModuleEntry, ResourceLibraryIsLinkedAtLoad) {
     HMODULE resources = TeskColorMgrExtension().hResource;
     ASSERT_NE(resources, nullptr);
     EXPECT_NE(resources, TeskColorMgrExtension().hModule);
+    // Loaders look the entry up by its plain name.
+    EXPECT_NE(GetProcAddress(TeskColorMgrExtension().hModule, "DllMain"), nullptr);
 
     wchar_t own[520];
     ASSERT_GT(GetModuleFileNameW(TeskColorMgrExtension().hModule, own, 520), 0u);
     EXPECT_EQ(CConnectLanguage::Instance().GetModuleResource(CString(own)), resources);
+}
+
+TEST(LanguageService, ResourceLibrariesAreLookedForBesideTheHostLibraries) {
+    // Platform modules found elsewhere do not move the language folder.
+    tesk::test::TempEnvironment env;
+    tesk::test::WriteBytes(env.Root() + "/mscms.so", {});
+    setenv("TESK_MODULE_PATH", env.Root().c_str(), 1);
+    CString folder = CConnectLanguage::Instance().GetPath();
+    unsetenv("TESK_MODULE_PATH");
+    HMODULE resources = LoadLibraryW(folder + L"\\TeskColorMgrRC.DLL");
+    EXPECT_NE(resources, nullptr) << tesk::path::Utf8(folder.GetString());
+    if (resources) FreeLibrary(resources);
 }

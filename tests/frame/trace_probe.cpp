@@ -1,8 +1,8 @@
-// Loads the module in a fresh process (its entry traces while loading), then
+// Loads the module twice through the loader in a fresh process (its entry
+// traces while loading, and must run once), then
 // writes a few lines with the tags the tests check and reports whether the
 // switch was published. With --event-first the switch event exists,
 // unsignalled, before the module decides.
-#include <dlfcn.h>
 #include <windows.h>
 
 #include <cstdio>
@@ -17,13 +17,13 @@ int main(int argc, char** argv) {
     HANDLE early = nullptr;
     if (argc > 1 && std::strcmp(argv[1], "--event-first") == 0)
         early = CreateEventW(nullptr, TRUE, FALSE, L"QFX_OUTPUT_DEBUG_ENABLE");
-    void* module = dlopen(TESK_MODULE_FILE, RTLD_NOW);
-    if (!module) {
-        std::printf("load failed: %s\n", dlerror());
+    HMODULE module = LoadLibraryW(L"" TESK_MODULE_FILE);
+    if (!module || LoadLibraryW(L"" TESK_MODULE_FILE) != module) {
+        std::printf("load failed: %u\n", static_cast<unsigned>(GetLastError()));
         return 2;
     }
-    auto trace = reinterpret_cast<TraceFn>(dlsym(module, "_Z5TraceRK6RTRACEPKwz"));
-    auto enabled = reinterpret_cast<EnabledFn>(dlsym(module, "_Z14IsTraceEnabledv"));
+    auto trace = reinterpret_cast<TraceFn>(GetProcAddress(module, "_Z5TraceRK6RTRACEPKwz"));
+    auto enabled = reinterpret_cast<EnabledFn>(GetProcAddress(module, "_Z14IsTraceEnabledv"));
     if (!trace || !enabled) return 3;
     trace(RTRACE(L"Probe", nullptr, nullptr, 0), L"null tag line\n");
     trace(RTRACE(L"Probe", nullptr, L"[qfxx64]\t[debug]\t", 0), L"debug tag line\n");

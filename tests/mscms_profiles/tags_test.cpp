@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "profile_helpers.h"
 #include "support/temp_env.h"
@@ -235,6 +236,42 @@ TEST_F(ProfileTagsTest, CreationModesFollowTheFile) {
     ASSERT_NE(readOnly, nullptr);
     EXPECT_TRUE(CloseColorProfile(readOnly));
     EXPECT_EQ(ReadBytes(existing), SrgbProfileBytes());
+}
+
+// Bytes this process has read through system calls so far.
+long long BytesReadByProcess() {
+    std::ifstream io("/proc/self/io");
+    std::string key;
+    long long value = 0;
+    while (io >> key >> value)
+        if (key == "rchar:") return value;
+    return -1;
+}
+
+TEST_F(ProfileTagsTest, AFileIsReadOnceUntilItChanges) {
+    const std::string settled = DataPath("ColorProfile/ISO Coated (FOGRA39).icc");
+    HPROFILE first = OpenFile(Wide(settled), PROFILE_READ, OPEN_EXISTING);
+    ASSERT_NE(first, nullptr);
+    CloseColorProfile(first);
+    const long long before = BytesReadByProcess();
+    HPROFILE again = OpenFile(Wide(settled), PROFILE_READ, OPEN_EXISTING);
+    const long long read = BytesReadByProcess() - before;
+    ASSERT_NE(again, nullptr);
+    EXPECT_LT(read, 4096) << "the unchanged profile was read again";
+    EXPECT_EQ(BytesOf(again), ReadBytes(settled));
+    CloseColorProfile(again);
+
+    // Rewritten in place, same size: the new bytes, never the old.
+    const std::string path = env_.Root() + "/changing.icc";
+    Bytes bytes = SrgbProfileBytes();
+    WriteBytes(path, bytes);
+    CloseColorProfile(OpenFile(Wide(path), PROFILE_READ, OPEN_EXISTING));
+    bytes[127] ^= 1;  // reserved header byte
+    WriteBytes(path, bytes);
+    HPROFILE changed = OpenFile(Wide(path), PROFILE_READ, OPEN_EXISTING);
+    ASSERT_NE(changed, nullptr);
+    EXPECT_EQ(BytesOf(changed), bytes);
+    CloseColorProfile(changed);
 }
 
 }  // namespace

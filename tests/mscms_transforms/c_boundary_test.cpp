@@ -67,6 +67,11 @@ TEST_F(CBoundaryTest, ImpossibleSizesFailTheWindowsWay) {
                                          BM_RGBTRIPLETS, 0, nullptr, 0);
          },
          ERROR_INVALID_PARAMETER},
+        {"CheckBitmapBits",
+         [&] {
+             return !CheckBitmapBits(transform_, bytes, BM_RGBTRIPLETS, 0xFFFFFFFF, 0xFFFFFFFF, 0, bytes, nullptr, 0);
+         },
+         ERROR_INVALID_PARAMETER},
         {"GetColorProfileElement",
          [&] { return !GetColorProfileElement(writable_, 'wtpt', 0xFFFFFFFF, &size, bytes, &reference); },
          ERROR_INVALID_PARAMETER},

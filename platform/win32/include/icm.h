@@ -299,10 +299,19 @@ TESK_WIN32_API HTRANSFORM WINAPI CreateMultiProfileTransform(PHPROFILE pahProfil
                                                              PDWORD padwIntent, DWORD nIntents, DWORD dwFlags,
                                                              DWORD indexPreferredCMM);
 TESK_WIN32_API BOOL WINAPI DeleteColorTransform(HTRANSFORM hxform);
+// Linux only: extension flags (TESK_BLACK_POINT_COMPENSATION) that every
+// transform this process creates from now on gets besides its own flags;
+// 0, the default, for none. FALSE with ERROR_INVALID_PARAMETER for any other bit.
+TESK_WIN32_API BOOL WINAPI TeskSetTransformExtensions(DWORD flags);
 TESK_WIN32_API BOOL WINAPI TranslateBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT bmInput,
                                                DWORD dwWidth, DWORD dwHeight, DWORD dwInputStride,
                                                PVOID pDestBits, BMFORMAT bmOutput, DWORD dwOutputStride,
                                                PBMCALLBACKFN pfnCallBack, LPARAM ulCallbackData);
+// One result byte per pixel, packed: 0 in gamut, nonzero out of the gamut of
+// the transform's last profile.
+TESK_WIN32_API BOOL WINAPI CheckBitmapBits(HTRANSFORM hColorTransform, PVOID pSrcBits, BMFORMAT bmInput,
+                                           DWORD dwWidth, DWORD dwHeight, DWORD dwStride, PBYTE paResult,
+                                           PBMCALLBACKFN pfnCallback, LPARAM lpCallbackData);
 TESK_WIN32_API BOOL WINAPI TranslateColors(HTRANSFORM hColorTransform, PCOLOR paInputColors, DWORD nColors,
                                            COLORTYPE ctInput, PCOLOR paOutputColors, COLORTYPE ctOutput);
 // The block comes from LocalAlloc; the caller frees it with LocalFree.

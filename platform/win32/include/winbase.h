@@ -13,6 +13,9 @@ TESK_WIN32_API HMODULE WINAPI LoadLibraryExW(LPCWSTR lpLibFileName, HANDLE hFile
 TESK_WIN32_API BOOL WINAPI FreeLibrary(HMODULE hLibModule);
 TESK_WIN32_API FARPROC WINAPI GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
 TESK_WIN32_API HMODULE WINAPI GetModuleHandleW(LPCWSTR lpModuleName);
+#define GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT 0x2
+#define GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS 0x4
+TESK_WIN32_API BOOL WINAPI GetModuleHandleExW(DWORD dwFlags, LPCWSTR lpModuleName, HMODULE* phModule);
 // Paths come back in Windows form: every '/' of the Linux path is a '\\'.
 TESK_WIN32_API DWORD WINAPI GetModuleFileNameW(HMODULE hModule, LPWSTR lpFilename, DWORD nSize);
 #define LOAD_LIBRARY_AS_DATAFILE 0x00000002

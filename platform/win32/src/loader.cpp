@@ -6,6 +6,8 @@
 #include <unistd.h>
 #include <windows.h>
 
+#include "image_entry.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -24,10 +26,13 @@ struct Module {
     std::string nativePath;  // the shared object behind it
     void* library = nullptr;
     int references = 0;
+    bool attached = false;  // DllMain ran for DLL_PROCESS_ATTACH
 };
 
 struct LoaderState {
-    std::mutex mutex;
+    // Recursive: dlopen runs an object's entry, which registers it and calls
+    // its DllMain, and DllMain calls back into the loader.
+    std::recursive_mutex mutex;
     std::map<std::string, Module*> byPath;
     std::set<Module*> live;
     std::map<std::wstring, tesk::loader::Substitute> substitutes;
@@ -164,10 +169,16 @@ TESK_WIN32_API HMODULE WINAPI LoadLibraryW(LPCWSTR name) {
             ++known->second->references;
             result = reinterpret_cast<HMODULE>(known->second);
         } else if (void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-            auto* module = new Module{key, path, library, 1};
-            state.byPath[path] = module;
-            state.live.insert(module);
-            result = reinterpret_cast<HMODULE>(module);
+            // An object with an entry registered itself while it was opened.
+            if (auto entered = state.byPath.find(path); entered != state.byPath.end()) {
+                ++entered->second->references;
+                result = reinterpret_cast<HMODULE>(entered->second);
+            } else {
+                auto* module = new Module{key, path, library, 1};
+                state.byPath[path] = module;
+                state.live.insert(module);
+                result = reinterpret_cast<HMODULE>(module);
+            }
         } else {
             SetLastError(ERROR_MOD_NOT_FOUND);
         }
@@ -241,6 +252,25 @@ TESK_WIN32_API HMODULE WINAPI GetModuleHandleW(LPCWSTR name) {
         if (module->key == key) return reinterpret_cast<HMODULE>(module);
     SetLastError(ERROR_MOD_NOT_FOUND);
     return nullptr;
+}
+
+TESK_WIN32_API BOOL WINAPI GetModuleHandleExW(DWORD flags, LPCWSTR name, HMODULE* handle) {
+    if (!handle) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FALSE;
+    }
+    *handle = (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS)
+                  ? tesk::loader::HandleForAddress(reinterpret_cast<const void*>(name))
+                  : GetModuleHandleW(name);
+    if (!*handle) {
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return FALSE;
+    }
+    if (!(flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT)) {
+        std::lock_guard lock(State().mutex);
+        if (Module* module = LiveModule(*handle)) ++module->references;
+    }
+    return TRUE;
 }
 
 TESK_WIN32_API DWORD WINAPI GetModuleFileNameW(HMODULE handle, LPWSTR buffer, DWORD size) {
@@ -401,6 +431,28 @@ HMODULE HandleForAddress(const void* address) {
     state.byPath[path] = module;
     state.live.insert(module);
     return reinterpret_cast<HMODULE>(module);
+}
+
+void ImageEntry(const void* addressInImage, DWORD reason) {
+    HMODULE handle = HandleForAddress(addressInImage);
+    if (!handle) return;
+    using EntryPoint = BOOL (*)(HINSTANCE, DWORD, LPVOID);
+    EntryPoint entry = nullptr;
+    {
+        std::lock_guard lock(State().mutex);
+        Module* module = LiveModule(handle);
+        bool attaching = reason == DLL_PROCESS_ATTACH;
+        if (!module || !module->library || module->attached == attaching) return;
+        module->attached = attaching;
+        // Only the object's own export: dlsym also searches its dependencies.
+        void* symbol = dlsym(module->library, "DllMain");
+        Dl_info image{}, found{};
+        if (symbol && dladdr(addressInImage, &image) && dladdr(symbol, &found) && image.dli_fbase == found.dli_fbase)
+            entry = reinterpret_cast<EntryPoint>(symbol);
+    }
+    // A failed attach is not undone: the object is already mapped, and the
+    // module's own state says what worked.
+    if (entry) entry(reinterpret_cast<HINSTANCE>(handle), reason, nullptr);
 }
 
 }  // namespace tesk::loader
