@@ -1,10 +1,11 @@
 #include "host/ConnectLanguage.h"
 
-#include <tesk/loader.h>
+#include <tesk/language.h>
+#include <tesk/module_location.h>
 #include <tesk/path.h>
-#include <tesk/resource.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
 #include <vector>
 
@@ -28,8 +29,8 @@ LanguageState& State() {
 }
 
 std::string FolderOf(const std::string& path) {
-    size_t cut = path.rfind('/');
-    return cut == std::string::npos ? std::string(".") : path.substr(0, cut);
+    const std::filesystem::path folder = tesk::path::FileSystemPath(path).parent_path();
+    return folder.empty() ? std::string(".") : tesk::path::Utf8Path(folder);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "module/Entry.h"
 
-#include <tesk/loader.h>
+#include <tesk/module_location.h>
 
 #include "host/ConnectLanguage.h"
 #include "module/Trace.h"

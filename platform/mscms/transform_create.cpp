@@ -1,6 +1,7 @@
 // CreateColorTransformW, CreateMultiProfileTransform, DeleteColorTransform.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include "profile_access.h"
