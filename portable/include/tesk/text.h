@@ -3,7 +3,9 @@
 // - Interfaces of the module and the Windows colour API take wchar_t text.
 // - A narrow std::string or char* inside the module, the host and this
 //   interface is always UTF-8, on every system: paths, settings, language
-//   tags, text read from files.
+//   tags, text read from files. One documented exception: the profile lists
+//   of the setup hold their texts in the thread's ANSI code page (UTF-8 on
+//   Linux) and go through devices/TextCodePage.h, never through UTF-8 calls.
 // - Conversion happens once, where a call leaves for the system: Linux takes
 //   the UTF-8 bytes as they are; Windows gets wide text (the *W functions),
 //   never the ANSI code page. A narrow path reaches the C++ library only as
