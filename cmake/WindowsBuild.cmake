@@ -1,7 +1,6 @@
 # The Windows build (cmake -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake): the
 # module and the host pieces against the system's own Windows headers and
 # libraries. platform/ is Linux's stand-in for Windows and is not built.
-add_compile_options(-Wno-attributes)  # visibility attributes mean nothing to PE
 add_subdirectory(portable)
 
 # nlohmann-json is header-only: only its own folder of the Debian package goes
@@ -17,6 +16,7 @@ add_library(teskhost SHARED ${TESK_HOST_SOURCES})
 target_include_directories(teskhost PUBLIC ${CMAKE_SOURCE_DIR})
 target_include_directories(teskhost SYSTEM PRIVATE ${TESK_HEADER_ONLY_DIR})
 target_link_libraries(teskhost PUBLIC teskportable)
+target_compile_definitions(teskhost PRIVATE TESK_BUILDING_HOST)
 
 set(TESK_MODULE_SOURCES)
 foreach(dir module icc colormgr conversion device devices)
@@ -25,6 +25,7 @@ foreach(dir module icc colormgr conversion device devices)
 endforeach()
 add_library(TeskColorMgr SHARED ${TESK_MODULE_SOURCES})
 target_link_libraries(TeskColorMgr PUBLIC teskhost PRIVATE teskportable gdi32 user32)
+target_compile_definitions(TeskColorMgr PRIVATE TESK_BUILDING_MODULE)
 set_target_properties(teskhost TeskColorMgr PROPERTIES PREFIX "")
 
 add_executable(module_smoke tests/smoke/module_smoke.cpp)
