@@ -2,9 +2,10 @@
 // on the same buffers, and the cost of a second identical transform.
 //   translate_bench --benchmark_counters_tabular=true
 #include <benchmark/benchmark.h>
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
-#include <windows.h>
 
 #include <atomic>
 #include <cstdlib>

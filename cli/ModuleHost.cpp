@@ -1,5 +1,6 @@
 #include "cli/ModuleHost.h"
 
+#include <tesk/own_profiles.h>
 #include <tesk/path.h>
 
 #include <algorithm>

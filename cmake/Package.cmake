@@ -10,7 +10,7 @@ set(TESK_PUBLIC_HEADERS
   device/IVDeviceContext.h device/VDeviceContext.h
   icc/ICCColorProfile.h icc/ICCReadColorProfile.h icc/ICCTypes.h icc/ICCWriteColorProfile.h
   module/Export.h
-  host/AppService.h host/CString.h host/ComponentFramework.h host/HostServices.h host/SettingsStore.h
+  host/AppService.h host/CString.h host/HostExport.h host/ComponentFramework.h host/HostServices.h host/SettingsStore.h
   host/SharedArray.h host/SingletonManager.h host/Unknown.h host/VException.h
   host/imaging/ColorRef.h host/imaging/DibIterator.h host/imaging/ImagingApi.h host/imaging/Palette.h
   host/imaging/PixelFormat.h host/imaging/RowIterator.h host/imaging/RowIteratorBands.h

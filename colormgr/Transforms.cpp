@@ -6,6 +6,7 @@
 #include "colormgr/ColorManager.h"
 #include "colormgr/ManagerTrace.h"
 #include "colormgr/SettingsAccess.h"
+#include "devices/TextCodePage.h"
 #include "module/ColorDirectory.h"
 #include "module/FileProfileRecord.h"
 
@@ -174,7 +175,7 @@ HPROFILE CColorManager::GetRGBProfile(CICCReadColorProfile& reader) {
     if (m_setupProfiles.empty()) GetSetupProfileList(false);
     if (m_setupProfiles.empty()) return nullptr;
     const std::string& fileName = m_setupProfiles.front().strFileName;
-    CString wide(fileName.c_str());
+    CString wide = colormgr::FromThreadCodePage(fileName);
     return reader.OpenICCProfile(const_cast<wchar_t*>(wide.GetString()));
 }
 
@@ -184,10 +185,10 @@ HPROFILE CColorManager::GetCMYKProfile(CICCReadColorProfile& reader) {
     GetFirstCMYKProfile();
     std::string title;
     GetCMYKNextProfile(title);
-    CString wideTitle(title.c_str());
+    CString wideTitle = colormgr::FromThreadCodePage(title);
     std::string fileName;
     if (!GetCMYKProfileName(wideTitle, fileName)) return nullptr;
-    CString wide(fileName.c_str());
+    CString wide = colormgr::FromThreadCodePage(fileName);
     return reader.OpenICCProfile(const_cast<wchar_t*>(wide.GetString()));
 }
 

@@ -1,6 +1,8 @@
 // Handing image rows to the platform's bitmap translation without letting it
 // read or write past a row.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 
 #include <cstddef>

@@ -1,9 +1,8 @@
 #include "devices/DirectoryFinder.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-
 #include <tesk/path.h>
+
+#include <filesystem>
 
 namespace colormgr {
 
@@ -13,23 +12,19 @@ std::vector<SFoundFile> FindFiles(const CString& pattern) {
     const int separator = pattern.ReverseFind(L'\\');
     if (separator <= 0) return found;
     CString folder = pattern.Left(separator);
-    const std::string nativeFolder = tesk::path::ToNative(folder.GetString());
-    DIR* directory = ::opendir(nativeFolder.c_str());
-    if (!directory) return found;
-    while (const dirent* entry = ::readdir(directory)) {
+    const std::filesystem::path nativeFolder = tesk::path::FileSystemPath(tesk::path::ToNative(folder.GetString()));
+    std::error_code error;
+    for (std::filesystem::directory_iterator entries(nativeFolder, error), end; !error && entries != end;
+         entries.increment(error)) {
         SFoundFile file;
-        const std::string name = entry->d_name;
-        file.fileName = CString(tesk::path::Wide(name));
-        file.isDots = name == "." || name == "..";
+        file.fileName = CString(tesk::path::Wide(tesk::path::Utf8Path(entries->path().filename())));
         const int dot = file.fileName.ReverseFind(L'.');
         file.title = dot > 0 ? file.fileName.Left(dot) : file.fileName;
         file.path = folder + L"\\" + file.fileName;
-        struct stat info {};
-        const std::string nativePath = nativeFolder + "/" + name;
-        file.isDirectory = ::stat(nativePath.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+        std::error_code ignored;
+        file.isDirectory = entries->is_directory(ignored);
         found.push_back(std::move(file));
     }
-    ::closedir(directory);
     return found;
 }
 

@@ -13,7 +13,6 @@ struct SFoundFile {
     CString title;     // without its last extension
     CString path;      // folder, '\\', file name (Windows form)
     bool isDirectory = false;
-    bool isDots = false;
 };
 
 // Every entry of the folder the pattern names, in the order the system reports

@@ -20,7 +20,7 @@ bool CColorManager::ScanColorDirectory(std::list<SSetupProfile>& list, bool cmyk
     std::string pattern = ToThreadCodePage(directory.GetString()) + "\\*.*";
     CICCReadColorProfile classifier;
     for (const SFoundFile& file : FindFiles(FromThreadCodePage(pattern))) {
-        if (file.isDots || file.isDirectory) continue;
+        if (file.isDirectory) continue;
         CString path = file.path;
         const bool wanted = cmyk ? classifier.IsProfileCMYK(path) : classifier.IsProfileWorkingSpace(path);
         if (!wanted) continue;

@@ -1,8 +1,9 @@
 // Untrusted profile bytes through MSCMS's profile side: open from memory,
 // read the header and every tag, judge validity, edit, serialize, and check
 // that the serialized profile opens again to the same bytes.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include <cstdint>
 #include <cstdlib>

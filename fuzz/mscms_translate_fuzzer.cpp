@@ -1,9 +1,10 @@
 // Untrusted profile bytes through the transform side of MSCMS.DLL: open from
 // memory, join with sRGB in both directions, translate a few colours and a
 // small bitmap. Nothing may crash, hang or touch memory it does not own.
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
-#include <windows.h>
 
 #include <cstddef>
 #include <cstdint>

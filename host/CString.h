@@ -5,7 +5,9 @@
 #include <cstdarg>
 #include <string>
 
-class __attribute__((visibility("default"))) CString {
+#include "host/HostExport.h"
+
+class TESK_HOST_API CString {
 public:
     CString() = default;
     CString(const wchar_t* text) : m_text(text ? text : L"") {}
@@ -71,4 +73,4 @@ private:
 };
 
 // Formats like swprintf with Windows' reading of %s (wide) and %S (narrow).
-__attribute__((visibility("default"))) std::wstring FormatWide(const wchar_t* format, va_list args);
+TESK_HOST_API std::wstring FormatWide(const wchar_t* format, va_list args);

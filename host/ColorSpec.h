@@ -2,9 +2,10 @@
 // colour conversions use when an image brings no profile. The owner (the
 // colour manager) lends its record and withdraws it by handing null.
 #pragma once
+#include "host/HostExport.h"
 
 struct SColorSpecRGB;
 
-__attribute__((visibility("default"))) void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* colorSpec);
+TESK_HOST_API void VGDI_TeskGDI_SetColorSpec(const SColorSpecRGB* colorSpec);
 // The record currently lent, or null.
-__attribute__((visibility("default"))) const SColorSpecRGB* VGDI_TeskGDI_GetColorSpec();
+TESK_HOST_API const SColorSpecRGB* VGDI_TeskGDI_GetColorSpec();

@@ -1,7 +1,7 @@
 #include "host/ConnectLanguage.h"
 
+#include <tesk/language.h>
 #include <tesk/path.h>
-#include <tesk/resource.h>
 
 #include <cstdlib>
 #include <mutex>

@@ -4,10 +4,11 @@
 #include <windows.h>
 
 #include "CString.h"
+#include "host/HostExport.h"
 
 typedef void (*PFN_LinkExtension)(CString moduleName);
 
-class __attribute__((visibility("default"))) CConnectLanguage {
+class TESK_HOST_API CConnectLanguage {
 public:
     static CConnectLanguage& Instance();
 

@@ -3,16 +3,18 @@
 #pragma once
 #include <windows.h>
 
+#include "host/HostExport.h"
+
 struct AFX_EXTENSION_MODULE {
     BOOL bInitialized;
     HMODULE hModule;
     HMODULE hResource;
 };
 
-__attribute__((visibility("default"))) BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module);
-__attribute__((visibility("default"))) void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all = FALSE);
+TESK_HOST_API BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module);
+TESK_HOST_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all = FALSE);
 
-class __attribute__((visibility("default"))) CDynLinkLibrary {
+class TESK_HOST_API CDynLinkLibrary {
 public:
     explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& state);
     ~CDynLinkLibrary();
@@ -21,5 +23,5 @@ public:
 };
 
 // Resource modules of the live CDynLinkLibrary records, newest first.
-__attribute__((visibility("default"))) int AfxResourceModuleCount();
-__attribute__((visibility("default"))) HMODULE AfxResourceModule(int index);
+TESK_HOST_API int AfxResourceModuleCount();
+TESK_HOST_API HMODULE AfxResourceModule(int index);

@@ -1,9 +1,7 @@
 #include "host/SettingsStore.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
+#include <tesk/file_lock.h>
 #include <tesk/path.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -44,28 +42,13 @@ std::string EntryKey(int group, int id) {
 }
 
 Json ReadFile(const std::string& path) {
-    std::ifstream in(path);
+    std::ifstream in(tesk::path::FileSystemPath(path));
     if (!in) return Json::object();
     std::stringstream text;
     text << in.rdbuf();
     Json parsed = Json::parse(text.str(), nullptr, false);
     return parsed.is_object() ? parsed : Json::object();
 }
-
-class FileLock {
-public:
-    explicit FileLock(const std::string& path) : fd_(open((path + ".lock").c_str(), O_CREAT | O_RDWR, 0644)) {
-        if (fd_ >= 0) flock(fd_, LOCK_EX);
-    }
-    ~FileLock() {
-        if (fd_ >= 0) close(fd_);
-    }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-
-private:
-    int fd_;
-};
 
 class CStoreError : public TUnknownImpl<IVError> {
 public:
@@ -107,7 +90,7 @@ public:
     // Entries (group, id) -> {kind: value}, written in one replacement of the file.
     bool SetAll(const std::map<std::pair<int, int>, Json>& entries) {
         std::lock_guard lock(m_mutex);
-        FileLock fileLock(m_path);
+        tesk::ExclusiveFileLock fileLock(m_path);
         RemoveAbandonedTemporaries();
         Json merged = ReadFile(m_path);
         for (const auto& [key, entry] : entries) {
@@ -121,7 +104,7 @@ public:
 
     bool Erase(int group, int id) {
         std::lock_guard lock(m_mutex);
-        FileLock fileLock(m_path);
+        tesk::ExclusiveFileLock fileLock(m_path);
         RemoveAbandonedTemporaries();
         Json merged = ReadFile(m_path);
         bool existed = merged.erase(NumberedKey(group, id)) > 0;
@@ -137,11 +120,11 @@ private:
     // Every writer holds the lock while its temporary exists, so under the
     // lock a temporary of the file belongs to a writer that was killed.
     void RemoveAbandonedTemporaries() const {
-        const std::filesystem::path file(m_path);
-        const std::string prefix = file.filename().string() + ".";
+        const std::filesystem::path file = tesk::path::FileSystemPath(m_path);
+        const std::string prefix = tesk::path::Utf8Path(file.filename()) + ".";
         std::error_code error;
         for (const auto& entry : std::filesystem::directory_iterator(file.parent_path(), error)) {
-            const std::string name = entry.path().filename().string();
+            const std::string name = tesk::path::Utf8Path(entry.path().filename());
             // The atomic writer's temporaries: the name, a dot and six random characters.
             if (name.size() == prefix.size() + 6 && name.compare(0, prefix.size(), prefix) == 0 &&
                 name.find('.', prefix.size()) == std::string::npos)

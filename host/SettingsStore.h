@@ -11,6 +11,7 @@
 
 #include "CString.h"
 #include "Unknown.h"
+#include "host/HostExport.h"
 
 constexpr GUID kSettingsStoreGUID = {0x889F1FE9, 0x5EEB, 0x4353, {0xA5, 0x30, 0x3C, 0x53, 0x6B, 0x26, 0xFE, 0x98}};
 constexpr GUID IID_IVSettingsIntWriter = {0xC93879F9, 0x19B5, 0x4465, {0x93, 0xCA, 0x8D, 0xA0, 0x1C, 0x90, 0x5C, 0xEA}};
@@ -54,9 +55,9 @@ struct IVSettingsMerge : IVUnknown {
 };
 
 // A new file-backed store (reference count 1).
-__attribute__((visibility("default"))) IVSettingsStore* CreateFileSettingsStore();
+TESK_HOST_API IVSettingsStore* CreateFileSettingsStore();
 // Registers a file-backed store with the singleton manager unless one is
 // registered already; returns the registered store (not add-ref'ed).
-__attribute__((visibility("default"))) IVSettingsStore* RegisterSettingsStoreService();
+TESK_HOST_API IVSettingsStore* RegisterSettingsStoreService();
 // Full path of the settings file.
-__attribute__((visibility("default"))) std::string SettingsFilePath();
+TESK_HOST_API std::string SettingsFilePath();

@@ -3,9 +3,11 @@
 #pragma once
 #include <windows.h>
 
+#include "host/HostExport.h"
+
 typedef void (*PFN_SingletonDestroyer)(void* object);
 
-class __attribute__((visibility("default"))) CSingletonManager {
+class TESK_HOST_API CSingletonManager {
 public:
     static CSingletonManager& Instance();
 

@@ -2,11 +2,14 @@
 #pragma once
 #include <exception>
 
-class __attribute__((visibility("default"))) CVException : public std::exception {
+#include "host/HostExport.h"
+
+class TESK_HOST_API CVException : public std::exception {
 public:
     explicit CVException(int code) : m_nCode(code) {}
     int GetCode() const { return m_nCode; }
-    const char* what() const noexcept override { return "CVException"; }
+    // Out of line, so that the host library holds the class's one vtable.
+    const char* what() const noexcept override;
 
 private:
     int m_nCode;

@@ -1,7 +1,9 @@
 // The writer's profile header: program defaults, the stored fields and their
 // setters, and the size derived from the tags written so far.
-#include <ctime>
+#include <tesk/local_time.h>
+
 #include <cstring>
+#include <ctime>
 
 #include "icc/ICCWriteColorProfile.h"
 
@@ -19,7 +21,7 @@ void LocalDateTimeWords(uint32_t words[3]) {
     uint32_t year = 0, month = 0, day = 0, hour = 65535, minute = 0xFFFF, second = 65535;
     const std::time_t now = std::time(nullptr);
     std::tm local{};
-    if (now != static_cast<std::time_t>(-1) && localtime_r(&now, &local)) {
+    if (now != static_cast<std::time_t>(-1) && tesk::LocalTime(now, local)) {
         year = static_cast<uint32_t>(local.tm_year + 1900);
         month = static_cast<uint32_t>(local.tm_mon + 1);
         day = static_cast<uint32_t>(local.tm_mday);

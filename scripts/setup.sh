@@ -13,6 +13,8 @@ packages=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # Reference tools and real profiles the tests compare against.
   liblcms2-utils libtiff-tools argyll colord-data icc-profiles-free libgs-common
+  # The Windows build of the module and its smoke run (.ci/windows-build).
+  g++-mingw-w64-x86-64-posix wine64
   # Real devices the tests start for themselves: X servers (Xorg with the
   # dummy driver keeps gamma ramps), a print server, and a driver for the
   # colour-matching dialog.

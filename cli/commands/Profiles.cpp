@@ -1,10 +1,12 @@
 // teskcolor profiles: the lists the settings dialogs show; install, uninstall.
+#include <tesk/own_profiles.h>
 #include <tesk/path.h>
 
 #include <cstdio>
 #include <filesystem>
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include "cli/Commands.h"
 #include "cli/Errors.h"

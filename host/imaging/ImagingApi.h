@@ -1,4 +1,5 @@
-// Visibility of the imaging library's classes (the host library is built with
-// hidden visibility).
+// The imaging library's classes and functions, exported by the host library.
 #pragma once
-#define VIMAGING_API __attribute__((visibility("default")))
+#include "host/HostExport.h"
+
+#define VIMAGING_API TESK_HOST_API

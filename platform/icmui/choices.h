@@ -1,8 +1,9 @@
 // What the colour-matching dialog edits, and how it comes from and goes back
 // into the caller's COLORMATCHSETUPW record.
 #pragma once
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include <string>
 

@@ -1,9 +1,10 @@
 #include "installed_profiles.h"
 
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
 #include <tesk/path.h>
-#include <windows.h>
 
 #include <algorithm>
 #include <cstdlib>

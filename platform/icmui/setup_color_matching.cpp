@@ -1,6 +1,7 @@
 // SetupColorMatchingW: the colour-matching dialog.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include "choices.h"

@@ -1,8 +1,9 @@
 // The ANSI forms of the text-taking functions. Narrow text is UTF-8 and is
 // carried to and from the wide forms; sizes of narrow text count bytes.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/path.h>
-#include <windows.h>
 #include <tesk/export_guard.h>
 
 #include <algorithm>

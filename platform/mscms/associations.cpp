@@ -1,8 +1,9 @@
 // The association exports; the store itself is shared with GDI.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/device_associations.h>
 #include <tesk/path.h>
-#include <windows.h>
 #include <tesk/export_guard.h>
 
 #include "color_directory.h"

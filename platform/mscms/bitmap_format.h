@@ -1,5 +1,7 @@
 // Pixel layouts of the BMFORMAT values, as lcms2 formatter words.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
 

@@ -1,7 +1,8 @@
 // TranslateBitmapBits: a whole bitmap goes to lcms2 in one call, or in a few
 // bands of rows on worker threads; never pixel by pixel.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include <algorithm>

@@ -1,7 +1,8 @@
 // GetCMMInfo: the colour engine behind every transform is Little CMS 2.
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
-#include <windows.h>
 #include <tesk/export_guard.h>
 
 #include "transform_handles.h"

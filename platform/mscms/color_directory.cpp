@@ -1,5 +1,6 @@
 #include "color_directory.h"
 
+#include <tesk/own_profiles.h>
 #include <tesk/path.h>
 
 #include <cstdlib>

@@ -1,7 +1,8 @@
 // TranslateColors: COLOR values are packed into a dense buffer, translated in
 // one lcms2 call, and unpacked into the output array.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include <algorithm>

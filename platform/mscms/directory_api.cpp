@@ -1,8 +1,9 @@
 // The colour directory, standard colour-space profiles, install and uninstall.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/device_associations.h>
 #include <tesk/path.h>
-#include <windows.h>
 #include <tesk/export_guard.h>
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // Profiles for logical colour spaces.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include <cstring>

@@ -1,5 +1,7 @@
 // Inside mscms.so: what the transform side needs of the profile side.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 
 #include <cstdint>

@@ -1,8 +1,9 @@
 // Opening, closing, validity, headers and whole-profile bytes.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/big_endian.h>
 #include <tesk/path.h>
-#include <windows.h>
 #include <tesk/export_guard.h>
 
 #include <cstring>

@@ -1,5 +1,7 @@
 // Which installed profiles an enumeration record selects.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 
 #include <string>

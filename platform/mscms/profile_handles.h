@@ -2,6 +2,8 @@
 // pointer can take, looked up in a table, so a closed or foreign handle is
 // recognised instead of being followed.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 
 #include <memory>

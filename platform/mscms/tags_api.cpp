@@ -1,6 +1,7 @@
 // Tag access: count, enumeration, read, write, resize, delete, reference.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include <algorithm>

@@ -2,6 +2,8 @@
 // transforms made from them: one per (input format, output format) pair,
 // made on first use and shared by every handle with the same chain.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
 

@@ -1,7 +1,8 @@
 // CreateColorTransformW, CreateMultiProfileTransform, DeleteColorTransform,
 // and the extensions a host asks for on every transform it creates.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include "profile_access.h"

@@ -1,5 +1,7 @@
 // teskcolor on a real display's gamma ramp and profile: Xorg with the dummy
 // video driver, started by each test, is both the display and the oracle.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/path.h>
 

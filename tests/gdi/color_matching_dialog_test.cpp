@@ -1,6 +1,7 @@
 // SetupColorMatchingW without a display and with malformed records.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include "gdi_test_support.h"
 

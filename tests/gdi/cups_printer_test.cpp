@@ -1,7 +1,8 @@
 // CUPS printers under a scheduler started by the test.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/path.h>
-#include <windows.h>
 
 #include <filesystem>
 #include <memory>

@@ -1,7 +1,8 @@
 // The colour-matching dialog under Xvfb, driven by xdotool.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/path.h>
-#include <windows.h>
 
 #include <cwchar>
 #include <set>

@@ -1,7 +1,8 @@
 // The ICM profile of device contexts and the profiles associated with devices.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/path.h>
-#include <windows.h>
 
 #include <filesystem>
 #include <vector>

@@ -1,6 +1,7 @@
 // Printers named by the test: documents to the spool folder or a file.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include <filesystem>
 #include <fstream>

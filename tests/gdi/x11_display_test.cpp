@@ -1,7 +1,8 @@
 // The X11 displays under an Xvfb server started by the test.
+#include <windows.h>
+
 #include <icm.h>
 #include <tesk/path.h>
-#include <windows.h>
 
 #include <array>
 #include <filesystem>

@@ -1,7 +1,8 @@
 // Handles and raw bytes of the MSCMS profile tests.
 #pragma once
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include <cstdint>
 #include <string>

@@ -1,9 +1,10 @@
 // Profiles and transforms for the transform tests: profiles made by lcms2 or
 // read from the data folder, opened through the platform from memory.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
-#include <windows.h>
 
 #include <cstdint>
 #include <fstream>

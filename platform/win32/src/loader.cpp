@@ -1,5 +1,6 @@
 #include <dirent.h>
 #include <dlfcn.h>
+#include <tesk/language.h>
 #include <tesk/loader.h>
 #include <tesk/path.h>
 #include <tesk/resource.h>

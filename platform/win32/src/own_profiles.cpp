@@ -1,6 +1,7 @@
 // An installed program has no "ColorProfile" folder beside it: the profiles
 // live under share/, at a fixed place relative to the installed libraries.
 #include <dlfcn.h>
+#include <tesk/own_profiles.h>
 #include <tesk/path.h>
 #include <unistd.h>
 

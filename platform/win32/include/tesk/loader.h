@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 
+#include <tesk/module_location.h>
+
 #include "../windef.h"
 
 namespace tesk::loader {
@@ -31,13 +33,4 @@ TESK_WIN32_CXX_API FARPROC RealProcAddress(const std::wstring& windowsName, cons
 using Observer = std::function<void(const char* call, const std::wstring& windowsName, bool ok)>;
 TESK_WIN32_CXX_API void SetObserver(Observer observer);
 
-// Linux path of the shared object that provides `windowsName`, or "" if none.
-TESK_WIN32_CXX_API std::string ResolveModulePath(const std::wstring& windowsName);
-
-}  // namespace tesk::loader
-
-namespace tesk::loader {
-// The module handle of the shared object that holds `address` (a module's
-// own code asks with the address of one of its functions).
-TESK_WIN32_CXX_API HMODULE HandleForAddress(const void* address);
 }  // namespace tesk::loader

@@ -15,9 +15,3 @@ struct TeskResourceStringTable {
 };
 
 typedef const TeskResourceStringTable* (*PFN_TeskResourceStringTables)();
-
-namespace tesk {
-// The user's language tag from LC_ALL, LC_MESSAGES or LANG ("de_DE.UTF-8" ->
-// "de-de"); "en-us" when none is set or it is "C"/"POSIX".
-TESK_WIN32_CXX_API const char* UserLanguageTag();
-}  // namespace tesk

@@ -1,4 +1,4 @@
-#include <tesk/resource.h>
+#include <tesk/language.h>
 
 #include <cctype>
 #include <cstdlib>

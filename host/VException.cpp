@@ -1,0 +1,3 @@
+#include "host/VException.h"
+
+const char* CVException::what() const noexcept { return "CVException"; }

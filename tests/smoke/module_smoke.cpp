@@ -1,0 +1,67 @@
+// Loads the module as a host does and does real work through it and the
+// system's colour system: checks a CMYK printer profile, then converts
+// colours to CMYK with the manager. The CMYK values go to standard output,
+// one colour per line, so that two builds of the module can be compared.
+#include <windows.h>
+
+#include <icm.h>
+#include <tesk/path.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "colormgr/ColorManager.h"
+#include "host/SettingsStore.h"
+#include "icc/ICCReadColorProfile.h"
+
+namespace {
+
+int Fail(const char* what) {
+    std::fprintf(stderr, "module_smoke: %s\n", what);
+    return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return Fail("usage: module_smoke <CMYK printer profile>");
+    const std::filesystem::path file = std::filesystem::absolute(tesk::path::FileSystemPath(argv[1]));
+    std::ifstream in(file, std::ios::binary);
+    std::vector<unsigned char> bytes(std::istreambuf_iterator<char>(in), {});
+    if (bytes.empty()) return Fail("cannot read the profile");
+
+    CICCReadColorProfile fromMemory;
+    bool valid = false;
+    if (!fromMemory.CreateFromRawData(bytes.data(), static_cast<unsigned long>(bytes.size()), valid) || !valid)
+        return Fail("the module refuses the profile held in memory");
+    CString description;
+    if (!fromMemory.GetDescription(description) || description.IsEmpty())
+        return Fail("the profile's description cannot be read");
+    CICCReadColorProfile fromFile;
+    CString windowsPath(tesk::path::ToWindows(tesk::path::Utf8Path(file)));
+    if (!fromFile.IsProfileCMYK(windowsPath)) return Fail("the colour system does not open it as a CMYK printer profile");
+
+    RegisterSettingsStoreService();
+    CColorManager* manager = CColorManager::Instance();
+    if (!manager || !manager->IsLoaded()) return Fail("the colour manager did not load the colour system");
+    // The profile checked above, by full path: the default one comes from the
+    // resource library, which this run does not depend on.
+    manager->SetCMYKProfile(windowsPath);
+    const COLORREF colours[] = {RGB(0, 0, 0),     RGB(255, 255, 255), RGB(255, 0, 0),   RGB(0, 255, 0),
+                                RGB(0, 0, 255),   RGB(0, 255, 255),   RGB(255, 0, 255), RGB(255, 255, 0),
+                                RGB(128, 128, 128), RGB(200, 120, 40), RGB(30, 60, 90), RGB(250, 220, 180)};
+    for (COLORREF colour : colours) {
+        DWORD rgb = colour;
+        BYTE c = 0, m = 0, y = 0, k = 0;
+        if (manager->ColorTransformRGBtoCMYK(rgb, c, m, y, k, false) != VELL_OK)
+            return Fail("the RGB to CMYK conversion failed");
+        // Without a transform the conversion succeeds with no ink at all.
+        if (colour == RGB(0, 0, 0) && k == 0) return Fail("black came out without black ink");
+        std::printf("%3u %3u %3u -> %3u %3u %3u %3u\n", GetRValue(colour), GetGValue(colour), GetBValue(colour), c, m,
+                    y, k);
+    }
+    return 0;
+}
