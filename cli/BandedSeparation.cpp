@@ -1,9 +1,9 @@
 #include "cli/BandedSeparation.h"
 
-#include <algorithm>
 #include <array>
 #include <memory>
 
+#include "cli/BandPipeline.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
@@ -17,34 +17,24 @@ namespace teskcolor {
 
 namespace {
 
-// Large enough that the module's per-call set-up (profiles, cached
-// transform) is lost in the work, small enough to stay in the caches' reach.
-constexpr size_t kBandBytes = size_t{8} << 20;
-
-int BandRows(const SImageHeader& header) {
-    const size_t rowBytes = std::max<size_t>(size_t(CVPixelFormat::GetRowBytes(header.format, header.width)), 1);
-    return int(std::clamp<size_t>(kBandBytes / rowBytes, 1, size_t(std::max(header.height, 1))));
-}
-
-// Hands every band of the file, in the working space, to `separate` with a
-// status control that maps the band onto the whole image's progress.
-template <typename Separate>
-void ForEachBand(CColorManager& manager, const std::string& input, CStatusControl* status, Separate separate) {
+// Every band of the file, in the working space, through `separate`, whose
+// outputs go to `write` with the image's height.
+template <typename Separate, typename Write>
+void SeparateBands(CColorManager& manager, const std::string& input, CStatusControl* status, Separate separate,
+                   Write write) {
     CImageBandReader reader(input);
-    const CWorkingSpacePreparation working(manager, reader.Header());
-    const int height = reader.Header().height;
-    const int rows = BandRows(reader.Header());
-    if (status) status->SetProgressRange(height);
-    while (reader.RowsLeft() > 0) {
-        const int first = height - reader.RowsLeft();
-        const SImage band = reader.NextBand(rows);
-        CStatusControl bandStatus(status, first, first + band.pixels.GetHeight());
-        separate(working.Apply(band), height, &bandStatus);
-    }
-}
-
-SImageHeader HeaderFor(const CRowIterator& band, int height, bool cmyk, std::vector<uint8_t> profile) {
-    return {band.GetWidth(), height, band.GetPixelFormat(), cmyk, std::move(profile)};
+    const SImageHeader& header = reader.Header();
+    if (header.height <= 0) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
+    const CWorkingSpacePreparation working(manager, header);
+    // Four plates of the input's depth, or CMYK: at most 8 bytes for an 8-bit RGB pixel's 3.
+    const size_t rowBytes = size_t(CVPixelFormat::GetRowBytes(header.format, header.width)) * 3;
+    SBandStages stages;
+    stages.read = ReadBandsFrom({&reader});
+    stages.convert = [&](SBand& band, CStatusControl* bandStatus) {
+        separate(working.Apply(band.inputs[0]).pixels, band, bandStatus);
+    };
+    stages.write = [&](const SBand& band) { write(band, header.height); };
+    RunBands(header.height, BandRows(rowBytes, header.height), stages, status);
 }
 
 // 16-bit ink amounts through the module's 16-bit separation, which needs
@@ -80,23 +70,26 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
     COutputTransaction transaction;
     SWriteOptions options;
     options.transaction = &transaction;
-    std::array<std::unique_ptr<IImageBandWriter>, 4> writers;
-    ForEachBand(manager, input, status, [&](const SImage& band, int height, CStatusControl* bandStatus) {
-        std::array<CRowIterator, 4> plates;
-        const VellErrorCode code =
-            manager.TransformFromRGBToCMYK(bandStatus, band.pixels, plates[0], plates[1], plates[2], plates[3], invert);
-        if (code != VELL_OK) ModuleFailure(code, "separation");
-        for (size_t i = 0; i < 4; ++i) {
-            // The plates' depth is the module's choice: the writers start with the first band.
-            if (!writers[i]) {
-                SImageHeader header = HeaderFor(plates[i], height, false, {});
-                header.inkAmounts = !invert;
-                writers[i] = OpenImageBandWriter(paths[i], header, options);
+    std::array<std::unique_ptr<CBandFileOutput>, 4> writers;
+    SeparateBands(
+        manager, input, status,
+        [&](const CRowIterator& rgb, SBand& band, CStatusControl* bandStatus) {
+            band.outputs.resize(4);
+            const VellErrorCode code = manager.TransformFromRGBToCMYK(bandStatus, rgb, band.outputs[0], band.outputs[1],
+                                                                      band.outputs[2], band.outputs[3], invert);
+            if (code != VELL_OK) ModuleFailure(code, "separation");
+        },
+        [&](const SBand& band, int height) {
+            for (size_t i = 0; i < 4; ++i) {
+                if (!writers[i]) {
+                    SImageHeader header;
+                    header.height = height;
+                    header.inkAmounts = !invert;
+                    writers[i] = std::make_unique<CBandFileOutput>(paths[i], header, options);
+                }
+                writers[i]->Append(band.outputs[i]);
             }
-            writers[i]->Append(plates[i]);
-        }
-    });
-    if (!writers[0]) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
+        });
     for (auto& writer : writers) writer->Commit();
     transaction.Commit();
     return {paths.begin(), paths.end()};
@@ -104,20 +97,24 @@ std::vector<std::string> SeparateFileToPlates(CColorManager& manager, const std:
 
 void SeparateFileToPacked(CColorManager& manager, const std::string& input, const std::string& output,
                           bool sixteenBit, CStatusControl* status) {
-    std::unique_ptr<IImageBandWriter> writer;
-    ForEachBand(manager, input, status, [&](const SImage& band, int height, CStatusControl* bandStatus) {
-        CRowIterator cmyk;
-        if (sixteenBit) {
-            cmyk = SeparateSixteenBit(manager, band.pixels, bandStatus);
-        } else {
-            const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, band.pixels, cmyk);
-            if (code != VELL_OK) ModuleFailure(code, "separation");
-        }
-        if (!cmyk.IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
-        if (!writer) writer = OpenImageBandWriter(output, HeaderFor(cmyk, height, true, DefaultCMYKProfile(manager).bytes));
-        writer->Append(cmyk);
-    });
-    if (!writer) throw CCliError(EExit::Corrupt, input + ": the image has no rows");
+    std::unique_ptr<CBandFileOutput> writer;
+    const std::vector<uint8_t> cmykProfile = DefaultCMYKProfile(manager).bytes;
+    SeparateBands(
+        manager, input, status,
+        [&](const CRowIterator& rgb, SBand& band, CStatusControl* bandStatus) {
+            band.outputs.resize(1);
+            if (sixteenBit) {
+                band.outputs[0] = SeparateSixteenBit(manager, rgb, bandStatus);
+            } else {
+                const VellErrorCode code = manager.OutputFromRGBToCMYK(bandStatus, rgb, band.outputs[0]);
+                if (code != VELL_OK) ModuleFailure(code, "separation");
+            }
+            if (!band.outputs[0].IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "separation");
+        },
+        [&](const SBand& band, int height) {
+            if (!writer) writer = std::make_unique<CBandFileOutput>(output, SImageHeader{0, height, VPF_UNKNOWN, true, cmykProfile});
+            writer->Append(band.outputs[0]);
+        });
     writer->Commit();
 }
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "cli/Errors.h"
+#include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/ProfileHeader.h"
 
@@ -42,54 +43,81 @@ private:
                     message);
 }
 
-std::vector<uint8_t> Check(const SImage& image, const std::vector<uint8_t>& sourceProfile,
-                           const std::vector<uint8_t>& gamutProfile, int intent) {
-    CPlatformProfile source(sourceProfile), gamut(gamutProfile);
-    if (!source.Handle() || !gamut.Handle()) CannotCheck("a profile could not be opened");
-    HPROFILE chain[2] = {source.Handle(), gamut.Handle()};
-    DWORD intents[1] = {static_cast<DWORD>(intent)};
-    HTRANSFORM transform = CreateMultiProfileTransform(chain, 2, intents, 1, BEST_MODE, INDEX_DONT_CARE);
-    if (!transform) CannotCheck("the profiles cannot be joined");
-
-    BMFORMAT format = BM_RGBTRIPLETS;
-    switch (image.pixels.GetPixelFormat()) {
-    case VPF_RGB_8: format = BM_RGBTRIPLETS; break;
-    case VPF_RGBA_8: format = BM_xRGBQUADS; break;
-    case VPF_RGB_16: format = BM_16b_RGB; break;
-    case VPF_GREY_8: format = BM_GRAY; break;
-    case VPF_GREY_16: format = BM_16b_GRAY; break;
-    default: break;
+BMFORMAT BitmapFormat(EVPixelFormat format) {
+    switch (format) {
+    case VPF_RGBA_8: return BM_xRGBQUADS;
+    case VPF_RGB_16: return BM_16b_RGB;
+    case VPF_GREY_8: return BM_GRAY;
+    case VPF_GREY_16: return BM_16b_GRAY;
+    default: return BM_RGBTRIPLETS;
     }
-    CRowIterator pixels = image.pixels;
-    if (image.pixels.GetPixelFormat() == VPF_RGBA_16) {
-        // No bitmap format has 16-bit quads: the alpha goes.
-        if (!pixels.Create(image.pixels.GetWidth(), image.pixels.GetHeight(), VPF_RGB_16) ||
-            !RowIterator::CopyRect(pixels, image.pixels)) {
-            DeleteColorTransform(transform);
-            throw CCliError(EExit::Failed, "not enough memory for the gamut check");
-        }
-        format = BM_16b_RGB;
-    }
-    const DWORD width = static_cast<DWORD>(pixels.GetWidth());
-    const int height = pixels.GetHeight();
-    std::vector<uint8_t> outOfGamut(size_t{width} * static_cast<size_t>(height));
-    bool checked = true;
-    if (pixels.GetStride() > 0) {
-        checked = CheckBitmapBits(transform, pixels.GetRow(0), format, width, static_cast<DWORD>(height),
-                                  static_cast<DWORD>(pixels.GetStride()), outOfGamut.data(), nullptr, 0);
-    } else {
-        for (int y = 0; y < height && checked; ++y)
-            checked = CheckBitmapBits(transform, pixels.GetRow(y), format, width, 1, 0,
-                                      outOfGamut.data() + size_t{width} * static_cast<size_t>(y), nullptr, 0);
-    }
-    const DWORD error = GetLastError();
-    DeleteColorTransform(transform);
-    SetLastError(error);
-    if (!checked) CannotCheck("the colour system refused the pixels");
-    return outOfGamut;
 }
 
 }  // namespace
+
+// The transform from the pixels' profile to the printer's, made once and
+// asked about any number of images or bands.
+class CGamutCheck::CTransform {
+public:
+    CTransform(const std::vector<uint8_t>& sourceProfile, const std::vector<uint8_t>& gamutProfile, int intent)
+        : m_source(sourceProfile), m_gamut(gamutProfile) {
+        if (!m_source.Handle() || !m_gamut.Handle()) CannotCheck("a profile could not be opened");
+        HPROFILE chain[2] = {m_source.Handle(), m_gamut.Handle()};
+        DWORD intents[1] = {static_cast<DWORD>(intent)};
+        m_handle = CreateMultiProfileTransform(chain, 2, intents, 1, BEST_MODE, INDEX_DONT_CARE);
+        if (!m_handle) CannotCheck("the profiles cannot be joined");
+    }
+    ~CTransform() { DeleteColorTransform(m_handle); }
+    CTransform(const CTransform&) = delete;
+    CTransform& operator=(const CTransform&) = delete;
+
+    std::vector<uint8_t> Check(const SImage& image) const {
+        BMFORMAT format = BitmapFormat(image.pixels.GetPixelFormat());
+        CRowIterator pixels = image.pixels;
+        if (image.pixels.GetPixelFormat() == VPF_RGBA_16) {
+            // No bitmap format has 16-bit quads: the alpha goes.
+            if (!pixels.Create(image.pixels.GetWidth(), image.pixels.GetHeight(), VPF_RGB_16) ||
+                !RowIterator::CopyRect(pixels, image.pixels))
+                throw CCliError(EExit::Failed, "not enough memory for the gamut check");
+            format = BM_16b_RGB;
+        }
+        const DWORD width = static_cast<DWORD>(pixels.GetWidth());
+        const int height = pixels.GetHeight();
+        std::vector<uint8_t> outOfGamut(size_t{width} * static_cast<size_t>(height));
+        bool checked = true;
+        if (pixels.GetStride() > 0) {
+            checked = CheckBitmapBits(m_handle, pixels.GetRow(0), format, width, static_cast<DWORD>(height),
+                                      static_cast<DWORD>(pixels.GetStride()), outOfGamut.data(), nullptr, 0);
+        } else {
+            for (int y = 0; y < height && checked; ++y)
+                checked = CheckBitmapBits(m_handle, pixels.GetRow(y), format, width, 1, 0,
+                                          outOfGamut.data() + size_t{width} * static_cast<size_t>(y), nullptr, 0);
+        }
+        if (!checked) CannotCheck("the colour system refused the pixels");
+        return outOfGamut;
+    }
+
+private:
+    CPlatformProfile m_source, m_gamut;
+    HTRANSFORM m_handle = nullptr;
+};
+
+CGamutCheck::CGamutCheck(CColorManager& manager, const SImageHeader& image, const std::vector<uint8_t>& gamutProfile,
+                         int intent) {
+    const auto header = ParseProfileHeader(image.iccProfile.data(), image.iccProfile.size());
+    if (!image.cmyk && !CVPixelFormat::IsGreyscale(image.format) && header && header->dataColorSpace == kRGB) {
+        m_transform = std::make_unique<CTransform>(image.iccProfile, gamutProfile, intent);
+        return;
+    }
+    m_working = std::make_unique<CWorkingSpacePreparation>(manager, image);
+    m_transform = std::make_unique<CTransform>(WorkingSpaceProfile(manager).bytes, gamutProfile, intent);
+}
+
+CGamutCheck::~CGamutCheck() = default;
+
+std::vector<uint8_t> CGamutCheck::OutOfGamut(const SImage& image) const {
+    return m_transform->Check(m_working ? m_working->Apply(image) : image);
+}
 
 SWarningColour ParseWarningColour(const std::string& text) {
     unsigned r = 0, g = 0, b = 0;
@@ -106,12 +134,9 @@ SWarningColour ParseWarningColour(const std::string& text) {
 
 std::vector<uint8_t> OutOfGamutPixels(CColorManager& manager, const SImage& image,
                                       const std::vector<uint8_t>& gamutProfile, int intent) {
-    const auto header = ParseProfileHeader(image.iccProfile.data(), image.iccProfile.size());
-    if (!image.cmyk && !CVPixelFormat::IsGreyscale(image.pixels.GetPixelFormat()) && header &&
-        header->dataColorSpace == kRGB)
-        return Check(image, image.iccProfile, gamutProfile, intent);
-    const SImage working = ToWorkingSpace(manager, image, nullptr);
-    return Check(working, working.iccProfile, gamutProfile, intent);
+    const SImageHeader header{image.pixels.GetWidth(), image.pixels.GetHeight(), image.pixels.GetPixelFormat(),
+                              image.cmyk, image.iccProfile};
+    return CGamutCheck(manager, header, gamutProfile, intent).OutOfGamut(image);
 }
 
 void PaintGamutWarning(SImage& image, const std::vector<uint8_t>& outOfGamut, SWarningColour colour) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "cli/ColourEquivalence.h"
 #include "cli/Errors.h"
 #include "cli/IntentConversion.h"
 #include "cli/ModuleHost.h"
@@ -144,6 +145,7 @@ CWorkingSpacePreparation::CWorkingSpacePreparation(CColorManager& manager, const
         if (manager.CompareProfileVersusWorkingSpace(m_profile->Reader())) m_profile.reset();
     }
     m_workingProfile = WorkingSpaceProfile(manager).bytes;
+    if (m_profile && SameRgbColours(image.iccProfile, m_workingProfile)) m_profile.reset();
 }
 
 CWorkingSpacePreparation::~CWorkingSpacePreparation() = default;
@@ -195,49 +197,66 @@ SImage CombinePlates(CColorManager& manager, std::array<SImage, 4>& plates, CSta
     return rgb;
 }
 
-SImage CombinePacked(CColorManager& manager, const SImage& cmyk, CStatusControl* status) {
-    if (!cmyk.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image is needed, not " + DescribeLayout(cmyk));
+CPackedCombination::CPackedCombination(CColorManager& manager, const SImageHeader& cmyk) : m_manager(manager) {
+    if (!cmyk.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image is needed, not " + DescribeLayout(cmyk.format, false));
+    const uint32_t space = ColourSpaceOf(cmyk.iccProfile);
+    if (space == kCMYK)
+        m_profile = std::make_unique<CProfileInMemory>(cmyk.iccProfile, "the CMYK image");
+    else if (space != 0)
+        throw CCliError(EExit::WrongProfile, "the CMYK image's embedded profile is " + SignatureText(space));
+}
+
+CPackedCombination::~CPackedCombination() = default;
+
+SImage CPackedCombination::Apply(const SImage& cmyk, CStatusControl* status) const {
     CRowIterator eightBit = cmyk.pixels.GetPixelFormat() == VPF_RGBA_8 ? cmyk.pixels : Copy(cmyk.pixels, VPF_RGBA_8);
     SImage rgb;
-    VellErrorCode code;
-    const uint32_t space = ColourSpaceOf(cmyk.iccProfile);
-    if (space == kCMYK) {
-        CProfileInMemory profile(cmyk.iccProfile, "the CMYK image");
-        code = manager.InputFromCMYKtoRGB(status, eightBit, rgb.pixels, profile.Handle());
-    } else if (space == 0) {
-        code = manager.InputFromCMYKtoRGB(status, eightBit, rgb.pixels);
-    } else {
-        throw CCliError(EExit::WrongProfile, "the CMYK image's embedded profile is " + SignatureText(space));
-    }
+    const VellErrorCode code = m_profile ? m_manager.InputFromCMYKtoRGB(status, eightBit, rgb.pixels, m_profile->Handle())
+                                         : m_manager.InputFromCMYKtoRGB(status, eightBit, rgb.pixels);
     if (code != VELL_OK) ModuleFailure(code, "recombination");
     if (!rgb.pixels.IsAttached()) ModuleFailure(VELL_ERR_NO_MEMORY, "recombination");
-    rgb.iccProfile = WorkingSpaceProfile(manager).bytes;
+    rgb.iccProfile = WorkingSpaceProfile(m_manager).bytes;
     return rgb;
 }
 
-SImage ConvertImage(CColorManager& manager, const SImage& image, const std::string& assumedSource,
-                    CStatusControl*, std::optional<int> intent) {
-    SImage working = Prepared(image, true);
-    std::vector<uint8_t> source = working.iccProfile;
+CConversionToWorkingSpace::CConversionToWorkingSpace(CColorManager& manager, const SImageHeader& image,
+                                                     const std::string& assumedSource, std::optional<int> intent)
+    : m_manager(manager) {
+    std::vector<uint8_t> source = image.iccProfile;
     if (!assumedSource.empty() && source.empty()) source = ResolveProfile(assumedSource, &manager).bytes;
     if (source.empty())
         throw CCliError(EExit::NotFound, "the image carries no profile; name its profile with --from");
     if (ColourSpaceOf(source) != kRGB)
         throw CCliError(EExit::WrongProfile, "the source profile is " + SignatureText(ColourSpaceOf(source)) +
                                                  "; convert takes RGB images with RGB profiles");
+    if (image.cmyk) throw CCliError(EExit::Unsupported, "a CMYK image cannot be converted here; use 'combine'");
     if (intent) {
-        ConvertWithIntent(manager, working, source, *intent);
+        m_intent = std::make_unique<CIntentConversion>(manager, source, *intent);
+        return;
+    }
+    m_profile = std::make_unique<CProfileInMemory>(source, "the source profile");
+    m_workingProfile = WorkingSpaceProfile(manager).bytes;
+    if (SameRgbColours(source, m_workingProfile)) m_profile.reset();
+}
+
+CConversionToWorkingSpace::~CConversionToWorkingSpace() = default;
+
+SImage CConversionToWorkingSpace::ApplyInPlace(const SImage& image) const {
+    const EVPixelFormat format = image.pixels.GetPixelFormat();
+    SImage working;
+    working.pixels = CVPixelFormat::IsGreyscale(format) ? Copy(image.pixels, RgbOf(format)) : image.pixels;
+    if (m_intent) {
+        m_intent->Apply(working);
         return working;
     }
-    CProfileInMemory profile(source, "the source profile");
-    TransformIntoWorkingSpace(manager, working, profile);
-    working.iccProfile = WorkingSpaceProfile(manager).bytes;
+    if (m_profile) TransformIntoWorkingSpace(m_manager, working, *m_profile);
+    working.iccProfile = m_workingProfile;
     return working;
 }
 
-SImage ProofImage(CColorManager& manager, const SImage& image, const std::string& proofProfile, int intent,
-                  int proofIntent, CStatusControl* status) {
-    SImage working = ToWorkingSpace(manager, image, status);
+CDisplayRendering::CDisplayRendering(CColorManager& manager, const std::string& proofProfile, int intent,
+                                     int proofIntent)
+    : m_manager(manager) {
     std::wstring proofName;
     // The module finds the proof profile in the colour directory only.
     if (!proofProfile.empty()) proofName = NameInColourDirectory(ResolveProfile(proofProfile, &manager), manager, false);
@@ -248,11 +267,6 @@ SImage ProofImage(CColorManager& manager, const SImage& image, const std::string
     std::wstring noPrinter = none;
     manager.UpdateSettings(true, !proofProfile.empty(), none.data(), noPrinter.data(), proofName.data(), DWORD(intent),
                            DWORD(proofIntent));
-    SImage display;
-    if (!display.pixels.Create(working.pixels.GetWidth(), working.pixels.GetHeight(), working.pixels.GetPixelFormat()))
-        throw CCliError(EExit::Failed, "not enough memory for the proof");
-    if (!manager.TransformIterator(working.pixels, &display.pixels, false))
-        throw CCliError(EExit::Failed, "the display transform could not be built (check the monitor profile)");
     CString monitor;
     manager.GetMonitorProfile(monitor);
     if (monitor.IsEmpty()) manager.GetDefaultMonitorProfile(monitor);
@@ -260,12 +274,28 @@ SImage ProofImage(CColorManager& manager, const SImage& image, const std::string
         std::string name = monitor.Utf8();
         if (name.find('\\') != std::string::npos) name = tesk::path::ToNative(monitor.GetString());
         try {
-            display.iccProfile = ResolveProfile(name, &manager).bytes;
+            m_monitorProfile = ResolveProfile(name, &manager).bytes;
         } catch (const CCliError&) {
             // A monitor profile that cannot be read leaves the proof untagged.
         }
     }
+}
+
+SImage CDisplayRendering::Apply(const SImage& working) const {
+    SImage display;
+    if (!display.pixels.Create(working.pixels.GetWidth(), working.pixels.GetHeight(), working.pixels.GetPixelFormat()))
+        throw CCliError(EExit::Failed, "not enough memory for the proof");
+    CRowIterator source = working.pixels;
+    if (!m_manager.TransformIterator(source, &display.pixels, false))
+        throw CCliError(EExit::Failed, "the display transform could not be built (check the monitor profile)");
+    display.iccProfile = m_monitorProfile;
     return display;
+}
+
+SImage ProofImage(CColorManager& manager, const SImage& image, const std::string& proofProfile, int intent,
+                  int proofIntent, CStatusControl* status) {
+    const SImage working = ToWorkingSpace(manager, image, status);
+    return CDisplayRendering(manager, proofProfile, intent, proofIntent).Apply(working);
 }
 
 void ComplementPlate(SImage& plate) {

@@ -55,14 +55,55 @@ std::array<SImage, 4> SeparateToPlates(CColorManager& manager, const SImage& ima
 SImage SeparateToPacked(CColorManager& manager, const SImage& image, CStatusControl* status);
 // Plates with 255 (65535) = no ink back to RGB in the working space.
 SImage CombinePlates(CColorManager& manager, std::array<SImage, 4>& plates, CStatusControl* status);
+
 // A CMYK image back to RGB; its embedded profile, if any, is the CMYK source.
-SImage CombinePacked(CColorManager& manager, const SImage& cmyk, CStatusControl* status);
-// Converts into the working space (which a run may have overridden with `to`),
-// relative colorimetric unless `intent` is given.
-SImage ConvertImage(CColorManager& manager, const SImage& image, const std::string& assumedSource,
-                    CStatusControl* status, std::optional<int> intent = std::nullopt);
-// The display transform of the settings applied, optionally soft-proofed
-// through `proofProfile` (empty: no proof); the result carries the monitor profile.
+class CPackedCombination {
+public:
+    CPackedCombination(CColorManager& manager, const SImageHeader& cmyk);
+    ~CPackedCombination();
+    CPackedCombination(const CPackedCombination&) = delete;
+    CPackedCombination& operator=(const CPackedCombination&) = delete;
+    SImage Apply(const SImage& cmyk, CStatusControl* status) const;
+
+private:
+    CColorManager& m_manager;
+    std::unique_ptr<CProfileInMemory> m_profile;  // null: the settings' CMYK profile
+};
+
+class CIntentConversion;
+
+// An RGB or grey image from its profile (or an assumed one) into the working
+// space, which a run may have overridden; relative colorimetric unless `intent`.
+class CConversionToWorkingSpace {
+public:
+    CConversionToWorkingSpace(CColorManager& manager, const SImageHeader& image, const std::string& assumedSource,
+                              std::optional<int> intent = std::nullopt);
+    ~CConversionToWorkingSpace();
+    CConversionToWorkingSpace(const CConversionToWorkingSpace&) = delete;
+    CConversionToWorkingSpace& operator=(const CConversionToWorkingSpace&) = delete;
+    // Converts the image's own pixels, or, for grey, an RGB copy of them.
+    SImage ApplyInPlace(const SImage& image) const;
+
+private:
+    CColorManager& m_manager;
+    std::unique_ptr<CProfileInMemory> m_profile;  // null: the pixels are in the working space already
+    std::unique_ptr<CIntentConversion> m_intent;  // set: it converts instead
+    std::vector<uint8_t> m_workingProfile;
+};
+
+// The display transform of the settings, optionally soft-proofed through
+// `proofProfile` (empty: no proof); results carry the monitor profile.
+class CDisplayRendering {
+public:
+    CDisplayRendering(CColorManager& manager, const std::string& proofProfile, int intent, int proofIntent);
+    // `working`: in the working space.
+    SImage Apply(const SImage& working) const;
+    const std::vector<uint8_t>& MonitorProfile() const { return m_monitorProfile; }
+
+private:
+    CColorManager& m_manager;
+    std::vector<uint8_t> m_monitorProfile;
+};
 SImage ProofImage(CColorManager& manager, const SImage& image, const std::string& proofProfile, int intent,
                   int proofIntent, CStatusControl* status);
 

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "cli/BandedConversion.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
 #include "cli/ModuleHost.h"
@@ -23,47 +24,31 @@ struct SCombineOptions {
     std::vector<std::string> files;
 };
 
-void WriteResult(const std::string& output, const SImage& rgb, CProgressBar& progress, const std::string& intent) {
-    progress.Phase("writing");
-    WriteImage(output, rgb, progress.Status());
-    progress.Finish();
-    std::printf("%s\nwrote %s\n", intent.c_str(), output.c_str());
-}
-
 int Run(const SCombineOptions& options) {
     const auto& words = options.files;
     if (words.size() != 2 && words.size() != 5)
         throw CCliError(EExit::Usage, "combine: give CYAN MAGENTA YELLOW BLACK OUTPUT, or INPUT OUTPUT");
-    const std::string output = words.back();
     const std::string intent = ChooseSeparationIntent(options.intent);
     CColorManager& manager = ColourManager();
     if (!options.cmyk.empty()) UseCMYKProfileForThisRun(manager, options.cmyk);
-    CProgressBar progress("reading");
 
-    std::array<std::string, 4> inputs;
-    if (words.size() == 2) {
-        std::error_code error;
-        if (IsStandardStream(words[0]) || std::filesystem::exists(words[0], error)) {
-            const SImage packed = ReadImage(words[0], progress.Status());
-            if (packed.cmyk) {
-                progress.Phase("combining");
-                WriteResult(output, CombinePacked(manager, packed, progress.Status()), progress, intent);
-                return 0;
-            }
-        }
-        inputs = PlatePaths(words[0]);
+    SCombineFiles job;
+    job.output = words.back();
+    job.inkAmounts = options.inkAmounts;
+    std::error_code error;
+    if (words.size() == 5) {
+        job.inputs.assign(words.begin(), words.end() - 1);
+    } else if ((IsStandardStream(words[0]) || std::filesystem::exists(words[0], error)) &&
+               ReadImageHeader(words[0]).cmyk) {
+        job.inputs = {words[0]};
     } else {
-        for (size_t i = 0; i < 4; ++i) inputs[i] = words[i];
+        const auto plates = PlatePaths(words[0]);
+        job.inputs.assign(plates.begin(), plates.end());
     }
-    std::array<SImage, 4> plates;
-    for (size_t i = 0; i < 4; ++i) {
-        plates[i] = ReadImage(inputs[i], progress.Status());
-        if (!CVPixelFormat::IsGreyscale(plates[i].pixels.GetPixelFormat()) || plates[i].cmyk)
-            throw CCliError(EExit::Unsupported, inputs[i] + ": a plate is a grey image, not " + DescribeLayout(plates[i]));
-        if (options.inkAmounts) ComplementPlate(plates[i]);
-    }
-    progress.Phase("combining");
-    WriteResult(output, CombinePlates(manager, plates, progress.Status()), progress, intent);
+    CProgressBar progress("combining");
+    CombineFiles(manager, job, progress.Status());
+    progress.Finish();
+    std::printf("%s\nwrote %s\n", intent.c_str(), job.output.c_str());
     return 0;
 }
 

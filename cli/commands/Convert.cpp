@@ -1,6 +1,7 @@
 // teskcolor convert: an image into the working space or another RGB profile.
 #include <cstdio>
 
+#include "cli/BandedConversion.h"
 #include "cli/BatchRun.h"
 #include "cli/Commands.h"
 #include "cli/DeviceLink.h"
@@ -38,12 +39,16 @@ int Run(const SConvertOptions& options) {
     return RunOnFiles(options.files, "converting", [&](const std::string& in, const std::string& out, CStatusControl* status) {
         if (writeOptions.tiffSamples != ETiffSamples::AsImage && ImageTypeForPath(out) != EImageType::Tiff)
             throw CCliError(EExit::Usage, "convert: --float and --lab write a .tif file");
+        if (options.link.empty()) {
+            ConvertFile(manager, {in, out, options.from, options.intent, writeOptions}, status);
+            return;
+        }
+        // A link is applied to the whole image at once.
         const SImage input = ReadImage(in, status);
         SImage output;
         {
             std::lock_guard turn(ColourManagerTurn());
-            output = options.link.empty() ? ConvertImage(manager, input, options.from, status, options.intent)
-                                          : ApplyDeviceLink(ResolveProfile(options.link, &manager), input, options.intent);
+            output = ApplyDeviceLink(ResolveProfile(options.link, &manager), input, options.intent);
         }
         WriteImage(out, output, status, writeOptions);
     });

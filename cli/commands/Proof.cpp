@@ -1,6 +1,7 @@
 // teskcolor proof: the display transform of the settings, to a file.
 #include <cstdio>
 
+#include "cli/BandedConversion.h"
 #include "cli/BatchRun.h"
 #include "cli/Commands.h"
 #include "cli/Errors.h"
@@ -26,23 +27,17 @@ int Run(const SProofOptions& options) {
     CColorManager& manager = ColourManager();
     const int intent = options.intent.value_or(int(manager.GetLCSIntent()));
     const int proofIntent = options.proofIntent.value_or(1);
-    const bool warn = options.gamutWarningGiven->count() > 0;
-    // A bare flag reads as "true".
-    const bool bare = options.gamutWarning.empty() || options.gamutWarning == "true";
-    const SWarningColour warning = ParseWarningColour(bare ? kDefaultGamutWarningColour : options.gamutWarning);
+    SProofFile job{{}, {}, options.proofProfile, intent, proofIntent, std::nullopt};
+    if (options.gamutWarningGiven->count() > 0) {
+        // A bare flag reads as "true".
+        const bool bare = options.gamutWarning.empty() || options.gamutWarning == "true";
+        job.gamutWarning = ParseWarningColour(bare ? kDefaultGamutWarningColour : options.gamutWarning);
+    }
     return RunOnFiles(options.files, "proofing", [&](const std::string& in, const std::string& out, CStatusControl* status) {
-        const SImage input = ReadImage(in, status);
-        SImage display;
-        {
-            std::lock_guard turn(ColourManagerTurn());
-            display = ProofImage(manager, input, options.proofProfile, intent, proofIntent, status);
-            if (warn) {
-                const auto& printer = options.proofProfile.empty() ? DefaultCMYKProfile(manager)
-                                                                   : ResolveProfile(options.proofProfile, &manager);
-                PaintGamutWarning(display, OutOfGamutPixels(manager, input, printer.bytes, intent), warning);
-            }
-        }
-        WriteImage(out, display, status);
+        SProofFile file = job;
+        file.input = in;
+        file.output = out;
+        ProofFile(manager, file, status);
     });
 }
 

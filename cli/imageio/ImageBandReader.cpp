@@ -5,13 +5,14 @@
 #include "cli/imageio/Codecs.h"
 #include "cli/imageio/ImageBands.h"
 #include "cli/imageio/ImageFile.h"
+#include "cli/imageio/StandardStreams.h"
 
 namespace teskcolor {
 
 CImageBandReader::CImageBandReader(const std::string& path, const SReadOptions& options) {
     // Only TIFF is streamed; for anything else, a missing file included,
     // ReadImage gives the image or the error.
-    std::FILE* file = std::fopen(path.c_str(), "rb");
+    std::FILE* file = IsStandardStream(path) ? nullptr : std::fopen(path.c_str(), "rb");
     uint8_t head[8] = {};
     const size_t got = file ? std::fread(head, 1, sizeof head, file) : 0;
     if (file) std::fclose(file);
@@ -25,17 +26,16 @@ CImageBandReader::CImageBandReader(const std::string& path, const SReadOptions& 
 
 CImageBandReader::~CImageBandReader() = default;
 
-SImage CImageBandReader::NextBand(int rows) {
+SImage CImageBandReader::NextBand(int rows, CRowIterator& storage) {
     rows = std::clamp(rows, 0, RowsLeft());
     SImage band;
     band.cmyk = m_header.cmyk;
     band.iccProfile = m_header.iccProfile;
     if (rows == 0) return band;
     if (m_rows) {
-        // One buffer serves every band: the caller is done with a band before the next.
-        if (m_buffer.GetHeight() < rows && !m_buffer.Create(m_header.width, rows, m_header.format))
+        if (storage.GetHeight() < rows && !storage.Create(m_header.width, rows, m_header.format))
             throw CCliError(EExit::Failed, "not enough memory for a band of " + std::to_string(rows) + " rows");
-        band.pixels.Attach(m_buffer.GetRow(0), m_header.width, rows, m_header.format, m_buffer.GetStride());
+        band.pixels.Attach(storage.GetRow(0), m_header.width, rows, m_header.format, storage.GetStride());
         m_rows->ReadRows(m_next, band.pixels);
     } else {
         band.pixels.Attach(m_whole.pixels.GetRow(m_next), m_header.width, rows, m_header.format,

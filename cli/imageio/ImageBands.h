@@ -31,7 +31,10 @@ public:
     // The next rows, at most `rows` of them, as an image of its own that
     // carries the file's profile. It may share memory with the reader: done
     // with it before asking for the next band, and before the reader goes.
-    SImage NextBand(int rows);
+    SImage NextBand(int rows) { return NextBand(rows, m_buffer); }
+    // The same, with streamed rows read into `storage` (grown as needed), so
+    // that a band stays valid while later ones are read into other storage.
+    SImage NextBand(int rows, CRowIterator& storage);
 
 private:
     SImageHeader m_header;

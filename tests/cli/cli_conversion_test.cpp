@@ -199,6 +199,73 @@ TEST_F(CliConversion, PackedSeparationAgreesWithTificc) {
     }
 }
 
+// Bands forced small give the bytes of one band; a large image is never held whole.
+TEST_F(CliConversion, BandedConversionsMatchOneBandInBoundedMemory) {
+    Run({"chart", "--width", "64", "--height", "50", Path("chart.tif")});
+    Run({"make-profile", "--primaries", "adobe", Path("adobe.icc")});
+    Run({"separate", Path("chart.tif"), Path("plates.tif")});
+    Run({"separate", "--packed", Path("chart.tif"), Path("packed.tif")});
+    for (auto args : std::vector<std::vector<std::string>>{
+             {"convert", "--to", Path("adobe.icc"), Path("chart.tif")},
+             {"convert", "--intent", "perceptual", "--to", Path("adobe.icc"), Path("chart.tif")},
+             {"proof", "--proof-profile", Profile("ISO Coated (FOGRA39).icc"), Path("chart.tif")},
+             {"proof", "--gamut-warning", Path("chart.tif")},
+             {"combine", Path("plates.tif")},
+             {"combine", Path("packed.tif")}}) {
+        args.push_back(Path("whole.tif"));
+        Run(args);
+        setenv("TESKCOLOR_BAND_ROWS", "7", 1);
+        args.back() = Path("banded.tif");
+        Run(args);
+        unsetenv("TESKCOLOR_BAND_ROWS");
+        EXPECT_EQ(tesk::test::ReadBytes(Path("whole.tif")), tesk::test::ReadBytes(Path("banded.tif"))) << args[0];
+    }
+    SImage large = PatternImage(6000, 3000, VPF_RGB_8);  // 54 MB of pixels
+    large.iccProfile = SrgbProfileBytes();
+    WriteImage(Path("large.tif"), large);
+    large = {};
+    const long peak = PeakMemoryMiB({"convert", "--to", Path("adobe.icc"), Path("large.tif"), Path("out.tif")});
+    EXPECT_GT(peak, 0);
+    EXPECT_LE(peak, 64);
+}
+
+// On a terminal the bar follows the bands and ends full.
+TEST_F(CliConversion, ConvertProgressMovesWithTheBandsToTheEnd) {
+    Run({"chart", "--width", "64", "--height", "50", Path("chart.tif")});
+    setenv("TESKCOLOR_BAND_ROWS", "10", 1);
+    const std::string command = tesk::test::ShellQuote(TESKCOLOR_EXE) + " convert " + Path("chart.tif") + " " + Path("out.tif");
+    const std::string screen = tesk::test::RunShell("script -qec " + tesk::test::ShellQuote(command) + " /dev/null").out;
+    unsetenv("TESKCOLOR_BAND_ROWS");
+    for (const char* shown : {"converting [######", " 40%", "100%"}) EXPECT_NE(screen.find(shown), std::string::npos) << shown << "\n" << screen;
+}
+
+// sRGB as another maker writes it: version 4, a parametric curve, and red
+// nudged by less than converting between the two would show at 16 bits.
+std::vector<uint8_t> AnotherMakersSrgb() {
+    const cmsFloat64Number srgb[5] = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92, 0.04045};
+    cmsToneCurve* curve = cmsBuildParametricToneCurve(nullptr, 4, srgb);
+    cmsToneCurve* curves[3] = {curve, curve, curve};
+    const cmsCIExyY white = {0.3127, 0.3290, 1.0};
+    const cmsCIExyYTRIPLE primaries = {{0.6405, 0.33, 1.0}, {0.30, 0.60, 1.0}, {0.15, 0.06, 1.0}};
+    cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
+    cmsFreeToneCurve(curve);
+    return tesk::test::SavedProfile(profile);
+}
+
+// Another maker's sRGB is the working space in all but its bytes: taken as it
+// is, not converted (which at 16 bits would move samples). Adobe RGB is converted.
+TEST_F(CliConversion, AnotherMakersSrgbIsTakenAsTheWorkingSpace) {
+    Run({"make-profile", "--primaries", "adobe", Path("adobe.icc")});
+    SImage image = PatternImage(64, 48, VPF_RGB_16);
+    for (const bool adobe : {false, true}) {
+        image.iccProfile = adobe ? tesk::test::ReadBytes(Path("adobe.icc")) : AnotherMakersSrgb();
+        WriteImage(Path("in.tif"), image);
+        Run({"convert", Path("in.tif"), Path("out.tif")});
+        const int moved = MaxSampleDifference(image.pixels, ReadImage(Path("out.tif")).pixels);
+        EXPECT_EQ(moved > 0, adobe) << moved;
+    }
+}
+
 // 16-bit ink within one 8-bit step of lcms2's own 16-bit separation, and
 // combine takes the file back.
 TEST_F(CliConversion, SixteenBitPackedSeparationAgreesWithTificcAndCombines) {

@@ -60,5 +60,18 @@ TEST_F(CliStreams, ManyFilesGoOnPastABrokenOneAndNeverOverwriteAnInput) {
     EXPECT_EQ(ReadBytes(Path("b.tif")), before);
 }
 
+// A file's intent conversion leaves the working space as it was for the next file.
+TEST_F(CliStreams, EachFileOfAnIntentBatchIsConvertedAsAlone) {
+    ASSERT_EQ(RunTeskcolor({"chart", "--width", "60", "--height", "40", Path("chart.tif")}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"make-profile", "--primaries", "adobe", Path("adobe.icc")}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"convert", "--to", Path("adobe.icc"), Path("chart.tif"), Path("adobe.tif")}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"convert", "--intent", "perceptual", Path("chart.tif"), Path("alone.tif")}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"convert", "--intent", "perceptual", "--jobs", "1", "--output-dir", Path("out"),
+                            Path("adobe.tif"), Path("chart.tif")})
+                  .code,
+              0);
+    EXPECT_EQ(ReadBytes(Path("out/chart.tif")), ReadBytes(Path("alone.tif")));
+}
+
 }  // namespace
 }  // namespace teskcolor::test
