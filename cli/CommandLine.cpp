@@ -1,5 +1,7 @@
 #include "cli/CommandLine.h"
 
+#include <windows.h>
+
 #include <icm.h>
 #include <map>
 

@@ -1,5 +1,7 @@
 #include "cli/DeviceLink.h"
 
+#include <windows.h>
+
 #include <icm.h>
 
 #include <cstdlib>

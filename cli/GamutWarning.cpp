@@ -1,7 +1,8 @@
 #include "cli/GamutWarning.h"
 
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 
 #include <cstdio>
 

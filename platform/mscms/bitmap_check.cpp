@@ -1,8 +1,9 @@
 // CheckBitmapBits: which pixels of a bitmap the transform's last profile
 // cannot reproduce. lcms2 says in or out, not how far, so every pixel out
 // of gamut gets the largest result.
-#include <icm.h>
 #include <windows.h>
+
+#include <icm.h>
 #include <tesk/export_guard.h>
 
 #include <algorithm>

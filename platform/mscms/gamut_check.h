@@ -1,6 +1,8 @@
 // What CheckBitmapBits needs of a transform: lcms2's gamut check against the
 // transform's last profile, made on first use for each input format.
 #pragma once
+#include <windows.h>
+
 #include <icm.h>
 #include <lcms2.h>
 

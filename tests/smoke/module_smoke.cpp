@@ -58,13 +58,12 @@ int main(int argc, char** argv) {
     CString cmykProfile;
     manager->GetCMYKProfile(cmykProfile);
     std::printf("CMYK profile: %s\n", tesk::path::Utf8(cmykProfile.GetString()).c_str());
-    // Compared exactly with another colour system's results, so none of these
-    // lies within a rounding step of half a unit: our 8-bit grid and Wine's
-    // direct evaluation may round such a value apart (RGB 250 220 180 on the
-    // SWOP profile: black 14.60, 14 here, 15 under Wine).
+    // Inks are compared with another colour system's within one unit: our 8-bit
+    // grid and Wine's direct evaluation may round a value apart (RGB 250 220 180
+    // on the SWOP profile is black 14.60: 14 here, 15 under Wine).
     const COLORREF colours[] = {RGB(0, 0, 0),     RGB(255, 255, 255), RGB(255, 0, 0),     RGB(0, 255, 0),
                                 RGB(0, 0, 255),   RGB(0, 255, 255),   RGB(255, 0, 255),   RGB(255, 255, 0),
-                                RGB(128, 128, 128), RGB(200, 120, 40), RGB(30, 60, 90)};
+                                RGB(128, 128, 128), RGB(200, 120, 40), RGB(30, 60, 90),  RGB(250, 220, 180)};
     for (COLORREF colour : colours) {
         DWORD rgb = colour;
         BYTE c = 0, m = 0, y = 0, k = 0;
