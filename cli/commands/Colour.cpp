@@ -121,7 +121,8 @@ std::array<uint16_t, 4> ParseWideColour(const std::string& text, const SColourOp
         return {Word(rgb[0]), Word(rgb[1]), Word(rgb[2]), 0};
     }
     const DWORD colour = ParseColour(text);
-    return {uint16_t((colour & 0xFF) * 257), uint16_t((colour >> 8 & 0xFF) * 257), uint16_t((colour >> 16 & 0xFF) * 257), 0};
+    const auto channel = [colour](int shift) { return uint16_t((colour >> shift & 0xFF) * 257); };
+    return {channel(0), channel(8), channel(16), 0};
 }
 
 // As transicc prints: RGB as integers (0..255, or 0..65535 with --16bit),
@@ -134,8 +135,9 @@ std::string FormatWideColour(const std::array<uint16_t, 4>& colour, EColourSpace
                       colour[2] / 257.0 - 128);
         break;
     case EColourSpace::CMYK:
-        std::snprintf(line, sizeof line, wide ? "%.4f %.4f %.4f %.4f" : "%.2f %.2f %.2f %.2f", colour[0] * 100.0 / 65535,
-                      colour[1] * 100.0 / 65535, colour[2] * 100.0 / 65535, colour[3] * 100.0 / 65535);
+        std::snprintf(line, sizeof line, wide ? "%.4f %.4f %.4f %.4f" : "%.2f %.2f %.2f %.2f",
+                      colour[0] * 100.0 / 65535, colour[1] * 100.0 / 65535, colour[2] * 100.0 / 65535,
+                      colour[3] * 100.0 / 65535);
         break;
     case EColourSpace::RGB:
         if (wide)
@@ -170,7 +172,8 @@ int RunWide(const SColourOptions& options) {
     if (options.fromLab) {
         chain.push_back(LabProfileBytes());
     } else {
-        const SProfileSource& from = options.from.empty() ? WorkingSpaceProfile(manager) : ResolveProfile(options.from, &manager);
+        const SProfileSource& from =
+            options.from.empty() ? WorkingSpaceProfile(manager) : ResolveProfile(options.from, &manager);
         RequireColourSpace(from, kRGBSpace, "the source");
         chain.push_back(from.bytes);
     }
@@ -184,7 +187,8 @@ int RunWide(const SColourOptions& options) {
         chain.push_back(cmyk.bytes);
         out = EColourSpace::CMYK;
     } else {
-        const SProfileSource& to = options.to.empty() ? WorkingSpaceProfile(manager) : ResolveProfile(options.to, &manager);
+        const SProfileSource& to =
+            options.to.empty() ? WorkingSpaceProfile(manager) : ResolveProfile(options.to, &manager);
         RequireColourSpace(to, kRGBSpace, "the target");
         chain.push_back(to.bytes);
     }
