@@ -4,6 +4,7 @@
 
 #include "cli/Commands.h"
 #include "cli/Errors.h"
+#include "cli/GamutWarning.h"
 #include "cli/ModuleHost.h"
 #include "cli/Operations.h"
 #include "cli/PlateFiles.h"
@@ -52,6 +53,15 @@ int Run(const SDemoOptions& options) {
     const std::string proofProfile = cmykProfile.file.empty() ? std::string() : cmykProfile.file;
     const SImage proof = ProofImage(manager, recombined, proofProfile, int(manager.GetLCSIntent()), 1, progress.Status());
     WriteImage(path("proof.tif"), proof, progress.Status(), writeOptions);
+    // The chart's colours the press cannot print, as proof --gamut-warning paints them, in
+    // magenta: the usual grey would vanish into the chart's grey ground.
+    SImage gamutWarning = chart;
+    if (!gamutWarning.pixels.Create(chart.pixels.GetWidth(), chart.pixels.GetHeight(), chart.pixels.GetPixelFormat()) ||
+        !RowIterator::CopyRect(gamutWarning.pixels, chart.pixels))
+        throw CCliError(EExit::Failed, "not enough memory for the gamut warning");
+    PaintGamutWarning(gamutWarning, OutOfGamutPixels(manager, chart, cmykProfile.bytes, int(manager.GetLCSIntent())),
+                      ParseWarningColour("#ff00ff"));
+    WriteImage(path("gamut-warning.tif"), gamutWarning, progress.Status(), writeOptions);
     files.Commit();
     WriteContactSheet(path("contact-sheet.png"), {{"chart", &chart},
                                                   {"cyan plate", &plates[0]},
@@ -59,7 +69,8 @@ int Run(const SDemoOptions& options) {
                                                   {"yellow plate", &plates[2]},
                                                   {"black plate", &plates[3]},
                                                   {"recombined", &recombined},
-                                                  {"soft proof", &proof}},
+                                                  {"soft proof", &proof},
+                                                  {"gamut warning", &gamutWarning}},
                       4);
     WriteGamutPlot(path("gamuts.png"), {{workingSpace.bytes, workingSpace.origin}, {cmykProfile.bytes, cmykProfile.origin}});
     progress.Finish();
@@ -74,7 +85,8 @@ int Run(const SDemoOptions& options) {
     std::printf("   packed CMYK      %s\n", path("chart-cmyk.tif").c_str());
     std::printf("3. recombined RGB   %s\n", path("recombined.tif").c_str());
     std::printf("4. soft proof       %s\n", path("proof.tif").c_str());
-    std::printf("5. gamuts           %s\n", path("gamuts.png").c_str());
+    std::printf("5. gamut warning    %s\n", path("gamut-warning.tif").c_str());
+    std::printf("6. gamuts           %s\n", path("gamuts.png").c_str());
     std::printf("done: the files are in %s\n", folder.c_str());
     return 0;
 }
@@ -86,13 +98,14 @@ SCommand AddDemoCommand(CLI::App& root) {
     CLI::App* command = AddSubcommand(
         root, "demo", "chart, separation, recombination and proof in one folder",
         "Makes a colour test chart, separates it into four plates with the CMYK profile,\n"
-        "recombines the plates into RGB and soft-proofs the result for the display through\n"
-        "the CMYK profile.\n"
+        "recombines the plates into RGB, soft-proofs the result for the display through\n"
+        "the CMYK profile and paints the chart's colours that profile cannot print in magenta.\n"
         "reads: the settings' working-space and CMYK profiles.\n"
         "writes: into FOLDER (default ./teskcolor-demo) chart.tif,\n"
         "chart-{cyan,magenta,yellow,black}.tif, chart-cmyk.tif, recombined.tif, proof.tif,\n"
-        "gamuts.png (the working space's and the CMYK profile's gamuts), and contact-sheet.png:\n"
-        "the chart, the plates, the recombined image and the proof side by side, printed first.",
+        "gamut-warning.tif, gamuts.png (the working space's and the CMYK profile's gamuts), and\n"
+        "contact-sheet.png: the chart, the plates, the recombined image, the proof and the gamut\n"
+        "warning side by side, printed first.",
         "teskcolor demo /tmp/demo");
     AddCmykOption(*command, options->cmyk);
     command->add_option("FOLDER", options->folder, "where the files go (default ./teskcolor-demo)");

@@ -55,5 +55,38 @@ TEST_F(CliColour, AgreesWithTransiccOnRGBAndCMYK) {
     EXPECT_EQ(RunTeskcolor({"colour", "--from", source, "256,0,0"}).code, 2);
 }
 
+// 16-bit and Lab colours go another way than 8-bit ones; transicc takes RGB
+// as 0..255 numbers with decimals, so 16-bit words are compared divided by 257.
+TEST_F(CliColour, AgreesWithTransiccAt16BitsAndInLab) {
+    const std::string transicc = tesk::test::FindTool("transicc");
+    if (transicc.empty()) GTEST_SKIP() << "transicc is not installed";
+    const std::string source = env_.Root() + "/source.icc", target = env_.Root() + "/target.icc";
+    ASSERT_EQ(RunTeskcolor({"make-profile", source}).code, 0);
+    ASSERT_EQ(RunTeskcolor({"make-profile", "--primaries", "adobe", "--gamma", "1.8", target}).code, 0);
+    struct SCase {
+        std::vector<std::string> args;
+        std::string from, to, lines;
+        double scale, tolerance;  // ours / scale against transicc's
+    };
+    const SCase cases[] = {
+        // An eighth of an 8-bit step: an 8-bit detour would miss it.
+        {{"--16bit", "--from", source, "--to", target, "65535,0,0", "1000,20000,40000"}, source, target,
+         "255 0 0\\n3.8911 77.821 155.64\\n", 257, 32.0 / 257},
+        {{"--from-lab", "--to", target, "50,-20,30", "70,10,10"}, "*Lab", target, "50 -20 30\\n70 10 10\\n", 1, 1},
+        {{"--to-lab", "--from", source, "255,0,0", "10,200,30"}, source, "*Lab", "255 0 0\\n10 200 30\\n", 1, 0.1},
+    };
+    for (const SCase& test : cases) {
+        std::vector<std::string> args = {"colour"};
+        args.insert(args.end(), test.args.begin(), test.args.end());
+        const SRun run = RunTeskcolor(args);
+        ASSERT_EQ(run.code, 0) << run.err;
+        const std::vector<double> ours = Numbers(run.out), theirs = Transicc(transicc, test.from, test.to, test.lines);
+        ASSERT_EQ(ours.size(), theirs.size()) << run.out;
+        for (size_t i = 0; i < ours.size(); ++i)
+            EXPECT_NEAR(ours[i] / test.scale, theirs[i], test.tolerance) << test.args[0] << " #" << i;
+    }
+    EXPECT_EQ(RunTeskcolor({"colour", "--from-lab", "50,20,130"}).code, 2);
+}
+
 }  // namespace
 }  // namespace teskcolor::test

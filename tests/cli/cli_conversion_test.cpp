@@ -339,14 +339,25 @@ TEST_F(CliConversion, DemoLeavesItsFilesInOneFolder) {
     EXPECT_TRUE(fs::exists(Path("demo/gamuts.png")));
     size_t files = 0;
     for (const auto& entry : fs::directory_iterator(Path("demo"))) files += entry.is_regular_file();
-    EXPECT_EQ(files, 10u);  // no temporaries left
+    EXPECT_EQ(files, 11u);  // no temporaries left
+
+    // The warning's magenta covers exactly the pixels info --gamut counts as out.
+    const SImage warning = ReadImage(Path("demo/gamut-warning.tif"));
+    const uint8_t kMagenta[3] = {255, 0, 255};
+    size_t marked = 0;
+    for (int y = 0; y < warning.pixels.GetHeight(); ++y)
+        for (int x = 0; x < 3 * warning.pixels.GetWidth(); x += 3)
+            marked += std::memcmp(warning.pixels.GetRow(y) + x, kMagenta, 3) == 0;
+    const SRun gamut = RunTeskcolor({"info", "--gamut", "--json", Path("demo/chart.tif")});
+    ASSERT_EQ(gamut.code, 0) << gamut.err;
+    EXPECT_EQ(nlohmann::json::parse(gamut.out)["out_of_gamut"].get<size_t>(), marked);
 
     // The contact sheet comes first and shows each file in its place, a flat patch of each at its colour.
     EXPECT_EQ(run.out.find("contact sheet"), 0u) << run.out;
     const SImage sheet = ReadImage(Path("demo/contact-sheet.png"));
     const char* kTiles[] = {"chart.tif", "chart-cyan.tif", "chart-magenta.tif", "chart-yellow.tif",
-                            "chart-black.tif", "recombined.tif", "proof.tif"};
-    for (int tile = 0; tile < 7; ++tile) {
+                            "chart-black.tif", "recombined.tif", "proof.tif", "gamut-warning.tif"};
+    for (int tile = 0; tile < 8; ++tile) {
         const SImage source = ReadImage(Path("demo/") + kTiles[tile]);
         const int channels = CVPixelFormat::GetChannelCount(source.pixels.GetPixelFormat());
         for (const auto& [x, y] : {std::pair{50, 440}, std::pair{650, 520}}) {
