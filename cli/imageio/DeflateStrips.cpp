@@ -16,8 +16,9 @@ namespace teskcolor {
 
 namespace {
 
-// Measured on a 24 MP photo-like RGB image: level 1 is the fastest and within
-// a few per cent of level 6's size, which costs about three times as long.
+// Level 1: a packed separation of a 24 MP photo-like image took 1.26 s of CPU
+// at level 1, 1.43 s at 4 and 1.56 s at 6, for 60.2, 60.2 and 58.5 MB (a chart:
+// 2.2, 2.1 and 1.9 MB); zlib's level 1 wrote 64.8 MB.
 constexpr int kDeflateLevel = 1;
 constexpr unsigned kMaxThreads = 8;
 
