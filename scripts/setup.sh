@@ -8,7 +8,7 @@ packages=(
   build-essential cmake pkg-config
   # The manual page and the Debian packages (dpkg-shlibdeps needs file).
   help2man file
-  liblcms2-dev libtiff-dev libpng-dev libjpeg-dev nlohmann-json3-dev libcli11-dev
+  liblcms2-dev libtiff-dev libpng-dev libjpeg-dev nlohmann-json3-dev libcli11-dev libdeflate-dev
   libx11-dev libxrandr-dev libcups2-dev libgtk-3-dev libcairo2-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # Reference tools and real profiles the tests compare against.

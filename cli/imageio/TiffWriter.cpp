@@ -7,6 +7,7 @@
 
 #include "cli/Errors.h"
 #include "cli/imageio/Codecs.h"
+#include "cli/imageio/DeflateStrips.h"
 #include "cli/imageio/OutputFile.h"
 #include "cli/imageio/PixelOrder.h"
 #include "cli/imageio/TiffMessages.h"
@@ -114,6 +115,17 @@ public:
         }
         SetFields(m_tif, header, options.encoding, options.tiffSamples, m_wide.get());
         m_row.resize(rowBytes);
+        // Deflate dominates the run when libtiff does it row by row on this
+        // thread; strips compressed on the other cores keep up with conversion.
+        const int bits = m_wide ? m_wide->FileBitsPerSample() : BytesPerSampleOf(format) * 8;
+        if (options.encoding.tiffCompression == ETiffCompression::Deflate && CanDeflateStrips(m_tif, bits)) {
+            uint32_t rowsPerStrip = 1;
+            TIFFGetField(m_tif, TIFFTAG_ROWSPERSTRIP, &rowsPerStrip);
+            const int channels = m_wide ? m_wide->FileChannels() : ChannelsOf(format);
+            m_strips = std::make_unique<CDeflateStrips>(
+                m_tif, SStripLayout{rowBytes, rowsPerStrip, uint32_t(header.height), channels, bits},
+                DeflateThreadCount());
+        }
     }
     ~CTiffBandWriter() override {
         if (m_tif) TIFFClose(m_tif);
@@ -127,18 +139,22 @@ public:
         if (status) status->SetProgressRange(rows.GetHeight());
         for (int y = 0; y < rows.GetHeight(); ++y, ++m_written) {
             if (status) status->SetProgress(y);
+            if (m_written >= m_header.height) WriteFailure(m_output.Destination(), "cannot write the TIFF data");
+            uint8_t* row = m_strips ? m_strips->RowBuffer() : m_row.data();
             if (m_wide)
-                m_wide->Encode(rows.GetRow(y), m_row.data());
+                m_wide->Encode(rows.GetRow(y), row);
             else
-                std::memcpy(m_row.data(), rows.GetRow(y), m_row.size());
-            if (swap && !m_wide) SwapRedBlue(m_row.data(), size_t(m_header.width), ChannelsOf(format), BytesPerSampleOf(format));
-            if (m_written >= m_header.height || TIFFWriteScanline(m_tif, m_row.data(), uint32_t(m_written), 0) < 0)
-                WriteFailure(m_output.Destination(), "cannot write the TIFF data");
+                std::memcpy(row, rows.GetRow(y), m_row.size());
+            if (swap && !m_wide) SwapRedBlue(row, size_t(m_header.width), ChannelsOf(format), BytesPerSampleOf(format));
+            const bool stored = m_strips ? m_strips->RowDone() : TIFFWriteScanline(m_tif, row, uint32_t(m_written), 0) >= 0;
+            if (!stored) WriteFailure(m_output.Destination(), "cannot write the TIFF data");
         }
     }
 
     void Commit() override {
-        const bool complete = m_written == m_header.height && TIFFFlush(m_tif) != 0;
+        const bool complete =
+            m_written == m_header.height && (!m_strips || m_strips->Finish()) && TIFFFlush(m_tif) != 0;
+        m_strips.reset();
         TIFFClose(m_tif);
         m_tif = nullptr;
         if (!complete) WriteFailure(m_output.Destination(), "cannot write the TIFF data");
@@ -151,6 +167,7 @@ private:
     std::unique_ptr<CWideSampleEncoder> m_wide;
     TIFF* m_tif = nullptr;
     std::vector<uint8_t> m_row;
+    std::unique_ptr<CDeflateStrips> m_strips;
     int m_written = 0;
 };
 

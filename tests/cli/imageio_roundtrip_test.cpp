@@ -155,5 +155,29 @@ TEST_F(TiffLayouts, StripsPlanesAndTilesReadAsWritten) {
     }
 }
 
+// Deflated strips are predicted and compressed off the writing thread:
+// several strips and a short last one, every width the predictor knows,
+// with the calling thread alone and with workers.
+TEST_F(TiffLayouts, DeflateStripsReadBackExactly) {
+    for (const char* threads : {"1", "3"}) {
+        setenv("TESK_DEFLATE_THREADS", threads, 1);
+        for (auto [format, cmyk] : {std::pair{VPF_RGB_8, false}, std::pair{VPF_RGB_16, false}, std::pair{VPF_RGBA_8, true}}) {
+            const SImage image = PatternImage(4000, 53, format, cmyk);
+            const std::string path = env_.Root() + "/deflate.tif";
+            WriteImage(path, image);
+            TIFF* tif = TIFFOpen(path.c_str(), "r");
+            ASSERT_NE(tif, nullptr);
+            uint16_t predictor = 0;
+            TIFFGetField(tif, TIFFTAG_PREDICTOR, &predictor);
+            EXPECT_EQ(predictor, PREDICTOR_HORIZONTAL);
+            EXPECT_GT(TIFFNumberOfStrips(tif), 2u);
+            TIFFClose(tif);
+            EXPECT_EQ(MaxSampleDifference(ReadImage(path).pixels, image.pixels), 0)
+                << "format " << int(format) << " threads " << threads;
+        }
+    }
+    unsetenv("TESK_DEFLATE_THREADS");
+}
+
 }  // namespace
 }  // namespace teskcolor::test
