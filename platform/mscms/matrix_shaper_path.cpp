@@ -188,18 +188,21 @@ bool AgreesWithLcms2(const EightBitPath& path, cmsHTRANSFORM lcms, const PixelBy
 
 }  // namespace
 
+bool JoinsTwoMatrixShapers(const ChainKey& key) {
+    if (key.uses.size() != 2 || (key.lcmsFlags & cmsFLAGS_GAMUTCHECK)) return false;
+    const ProfileUse &first = key.uses[0], &second = key.uses[1];
+    if (first.intent == INTENT_ABSOLUTE_COLORIMETRIC || second.intent == INTENT_ABSOLUTE_COLORIMETRIC) return false;
+    Profile from(key.profiles[first.profile]), to(key.profiles[second.profile]);
+    return IsRgbMatrixShaper(from.handle, first.intent, LCMS_USED_AS_INPUT) &&
+           IsRgbMatrixShaper(to.handle, second.intent, LCMS_USED_AS_OUTPUT);
+}
+
 std::unique_ptr<EightBitPath> MakeMatrixShaperPath(ChainTransforms& chain, cmsUInt32Number inputFormat,
                                                    cmsUInt32Number outputFormat, const PixelBytes& in,
                                                    const PixelBytes& out) {
     const ChainKey& key = chain.Key();
-    if (key.uses.size() != 2 || in.channels != 3 || out.channels != 3) return nullptr;
-    const ProfileUse &first = key.uses[0], &second = key.uses[1];
-    if (first.intent == INTENT_ABSOLUTE_COLORIMETRIC || second.intent == INTENT_ABSOLUTE_COLORIMETRIC)
-        return nullptr;
-    Profile from(key.profiles[first.profile]), to(key.profiles[second.profile]);
-    if (!IsRgbMatrixShaper(from.handle, first.intent, LCMS_USED_AS_INPUT) ||
-        !IsRgbMatrixShaper(to.handle, second.intent, LCMS_USED_AS_OUTPUT))
-        return nullptr;
+    if (in.channels != 3 || out.channels != 3 || !JoinsTwoMatrixShapers(key)) return nullptr;
+    Profile from(key.profiles[key.uses[0].profile]), to(key.profiles[key.uses[1].profile]);
     auto tables = BuildTables(from.handle, to.handle, in, out);
     if (!tables) return nullptr;
     auto path = std::make_unique<MatrixShaperPath>(std::move(tables));
