@@ -124,6 +124,18 @@ bool Curves(cmsHPROFILE profile, const cmsToneCurve* (&curves)[3]) {
     return true;
 }
 
+// Whether lcms2 reverses both curves alike: the same curve, or two whose
+// reversal works from equal sampled tables (lcms2 inverts a single
+// parametric segment by formula instead, so those count only as the same).
+bool SameReverse(const cmsToneCurve* a, const cmsToneCurve* b) {
+    if (a == b) return true;
+    if (cmsGetToneCurveParametricType(a) != 0 || cmsGetToneCurveParametricType(b) != 0) return false;
+    const cmsUInt32Number entries = cmsGetToneCurveEstimatedTableEntries(a);
+    return entries == cmsGetToneCurveEstimatedTableEntries(b) &&
+           std::memcmp(cmsGetToneCurveEstimatedTable(a), cmsGetToneCurveEstimatedTable(b),
+                       entries * sizeof(cmsUInt16Number)) == 0;
+}
+
 std::unique_ptr<MatrixShaper> BuildTables(cmsHPROFILE from, cmsHPROFILE to, const PixelBytes& in,
                                           const PixelBytes& out) {
     Matrix source, destination, inverse, m;
@@ -151,11 +163,20 @@ std::unique_ptr<MatrixShaper> BuildTables(cmsHPROFILE from, cmsHPROFILE to, cons
         }
     }
     for (int r = 0; r < 3; ++r) {
+        uint8_t* curve = tables->curves[out.offsets[r]];
+        // Reversing a sampled curve is the costliest step here, and the
+        // three channels usually share one curve.
+        const int same = r == 0 ? -1 : SameReverse(outCurves[r], outCurves[r - 1]) ? r - 1
+                                   : SameReverse(outCurves[r], outCurves[0])     ? 0
+                                                                                 : -1;
+        if (same >= 0) {
+            std::memcpy(curve, tables->curves[out.offsets[same]], kOne + 1);
+            continue;
+        }
         cmsToneCurve* reversed = cmsReverseToneCurve(outCurves[r]);
         if (!reversed) return nullptr;
         for (int i = 0; i <= kOne; ++i)
-            tables->curves[out.offsets[r]][i] =
-                ToByte(cmsEvalToneCurveFloat(reversed, static_cast<cmsFloat32Number>(i / double{kOne})));
+            curve[i] = ToByte(cmsEvalToneCurveFloat(reversed, static_cast<cmsFloat32Number>(i / double{kOne})));
         cmsFreeToneCurve(reversed);
     }
     return tables;
