@@ -79,6 +79,10 @@ std::unique_ptr<EightBitPath> MakeMatrixShaperPath(ChainTransforms& chain, cmsUI
 // would take, before it builds and checks its tables.
 bool JoinsTwoMatrixShapers(const ChainKey& key);
 
+// Whether lcms2 is sure to join the chain's two matrix shapers: every
+// colorant and curve reads and neither matrix is near singular.
+bool MatrixShapersSurelyJoin(const ChainKey& key);
+
 // Whether to run the AVX2 code: the CPU has it (asked once) and
 // TESK_TRANSLATE_SIMD=sse2 does not ask for the baseline code, as tests and
 // benchmarks of that code do.

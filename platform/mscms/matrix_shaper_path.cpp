@@ -104,10 +104,13 @@ bool Colorants(cmsHPROFILE profile, Matrix& m) {
     return true;
 }
 
+double Determinant(const Matrix& m) {
+    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+           m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+}
+
 bool Invert(const Matrix& m, Matrix& inverse) {
-    const double det = m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
-                       m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
-                       m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+    const double det = Determinant(m);
     if (std::fabs(det) < 1e-9) return false;
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c) {
@@ -216,6 +219,21 @@ bool JoinsTwoMatrixShapers(const ChainKey& key) {
     Profile from(key.profiles[first.profile]), to(key.profiles[second.profile]);
     return IsRgbMatrixShaper(from.handle, first.intent, LCMS_USED_AS_INPUT) &&
            IsRgbMatrixShaper(to.handle, second.intent, LCMS_USED_AS_OUTPUT);
+}
+
+bool MatrixShapersSurelyJoin(const ChainKey& key) {
+    if (!JoinsTwoMatrixShapers(key) || (key.lcmsFlags & cmsFLAGS_BLACKPOINTCOMPENSATION)) return false;
+    for (const ProfileUse& use : key.uses) {
+        Profile profile(key.profiles[use.profile]);
+        Matrix colorants;
+        const cmsToneCurve* curves[3];
+        // lcms2 calls a matrix singular below a determinant of 1e-4; far
+        // from that, inverting it cannot fail.
+        if (!Colorants(profile.handle, colorants) || !Curves(profile.handle, curves) ||
+            !(std::fabs(Determinant(colorants)) > 0.01))
+            return false;
+    }
+    return true;
 }
 
 std::unique_ptr<EightBitPath> MakeMatrixShaperPath(ChainTransforms& chain, cmsUInt32Number inputFormat,

@@ -46,9 +46,14 @@ std::shared_ptr<ChainTransforms> AcquireChain(ChainKey key, DWORD& error) {
     // that the platform's own 8-bit paths would never use. Two matrix shapers
     // are joined as the matrix-shaper path checks itself against, so that
     // this transform is the one it reuses rather than a second one made.
+    // Where the tags alone prove the join, the transform waits for first
+    // use: the display chain every run makes is seldom used, and reversing
+    // sampled output curves is most of what a transform costs.
     const auto [input, output] = chain->UsualFormats();
-    const cmsUInt32Number flags = JoinsTwoMatrixShapers(chain->Key()) ? 0 : cmsFLAGS_NOOPTIMIZE;
-    if (!chain->For(input, output, &error, flags)) return nullptr;
+    if (!MatrixShapersSurelyJoin(chain->Key())) {
+        const cmsUInt32Number flags = JoinsTwoMatrixShapers(chain->Key()) ? 0 : cmsFLAGS_NOOPTIMIZE;
+        if (!chain->For(input, output, &error, flags)) return nullptr;
+    }
 
     std::lock_guard lock(cache.mutex);
     if (auto raced = cache.Find(chain->Key())) return raced;
