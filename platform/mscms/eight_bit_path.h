@@ -13,6 +13,7 @@
 namespace tesk::mscms {
 
 class ChainTransforms;
+struct ChainKey;
 
 // Where the bytes of a pixel are: colour channels in lcms2's order at
 // `offsets`, then, when `hasExtra`, one byte that is not colour, last.
@@ -73,6 +74,14 @@ std::unique_ptr<EightBitPath> MakeClutPath(ChainTransforms& chain, const PixelBy
 std::unique_ptr<EightBitPath> MakeMatrixShaperPath(ChainTransforms& chain, cmsUInt32Number inputFormat,
                                                    cmsUInt32Number outputFormat, const PixelBytes& in,
                                                    const PixelBytes& out);
+
+// Whether the chain is two RGB matrix-shaper profiles that MakeMatrixShaperPath
+// would take, before it builds and checks its tables.
+bool JoinsTwoMatrixShapers(const ChainKey& key);
+
+// Whether lcms2 is sure to join the chain's two matrix shapers: every
+// colorant and curve reads and neither matrix is near singular.
+bool MatrixShapersSurelyJoin(const ChainKey& key);
 
 // Whether to run the AVX2 code: the CPU has it (asked once) and
 // TESK_TRANSLATE_SIMD=sse2 does not ask for the baseline code, as tests and

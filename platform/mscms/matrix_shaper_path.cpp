@@ -104,10 +104,13 @@ bool Colorants(cmsHPROFILE profile, Matrix& m) {
     return true;
 }
 
+double Determinant(const Matrix& m) {
+    return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
+           m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+}
+
 bool Invert(const Matrix& m, Matrix& inverse) {
-    const double det = m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
-                       m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0]) +
-                       m[0][2] * (m[1][0] * m[2][1] - m[1][1] * m[2][0]);
+    const double det = Determinant(m);
     if (std::fabs(det) < 1e-9) return false;
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c) {
@@ -122,6 +125,18 @@ bool Curves(cmsHPROFILE profile, const cmsToneCurve* (&curves)[3]) {
     for (int c = 0; c < 3; ++c)
         if (!(curves[c] = static_cast<const cmsToneCurve*>(cmsReadTag(profile, tags[c])))) return false;
     return true;
+}
+
+// Whether lcms2 reverses both curves alike: the same curve, or two whose
+// reversal works from equal sampled tables (lcms2 inverts a single
+// parametric segment by formula instead, so those count only as the same).
+bool SameReverse(const cmsToneCurve* a, const cmsToneCurve* b) {
+    if (a == b) return true;
+    if (cmsGetToneCurveParametricType(a) != 0 || cmsGetToneCurveParametricType(b) != 0) return false;
+    const cmsUInt32Number entries = cmsGetToneCurveEstimatedTableEntries(a);
+    return entries == cmsGetToneCurveEstimatedTableEntries(b) &&
+           std::memcmp(cmsGetToneCurveEstimatedTable(a), cmsGetToneCurveEstimatedTable(b),
+                       entries * sizeof(cmsUInt16Number)) == 0;
 }
 
 std::unique_ptr<MatrixShaper> BuildTables(cmsHPROFILE from, cmsHPROFILE to, const PixelBytes& in,
@@ -151,11 +166,20 @@ std::unique_ptr<MatrixShaper> BuildTables(cmsHPROFILE from, cmsHPROFILE to, cons
         }
     }
     for (int r = 0; r < 3; ++r) {
+        uint8_t* curve = tables->curves[out.offsets[r]];
+        // Reversing a sampled curve is the costliest step here, and the
+        // three channels usually share one curve.
+        const int same = r == 0 ? -1 : SameReverse(outCurves[r], outCurves[r - 1]) ? r - 1
+                                   : SameReverse(outCurves[r], outCurves[0])     ? 0
+                                                                                 : -1;
+        if (same >= 0) {
+            std::memcpy(curve, tables->curves[out.offsets[same]], kOne + 1);
+            continue;
+        }
         cmsToneCurve* reversed = cmsReverseToneCurve(outCurves[r]);
         if (!reversed) return nullptr;
         for (int i = 0; i <= kOne; ++i)
-            tables->curves[out.offsets[r]][i] =
-                ToByte(cmsEvalToneCurveFloat(reversed, static_cast<cmsFloat32Number>(i / double{kOne})));
+            curve[i] = ToByte(cmsEvalToneCurveFloat(reversed, static_cast<cmsFloat32Number>(i / double{kOne})));
         cmsFreeToneCurve(reversed);
     }
     return tables;
@@ -188,18 +212,36 @@ bool AgreesWithLcms2(const EightBitPath& path, cmsHTRANSFORM lcms, const PixelBy
 
 }  // namespace
 
+bool JoinsTwoMatrixShapers(const ChainKey& key) {
+    if (key.uses.size() != 2 || (key.lcmsFlags & cmsFLAGS_GAMUTCHECK)) return false;
+    const ProfileUse &first = key.uses[0], &second = key.uses[1];
+    if (first.intent == INTENT_ABSOLUTE_COLORIMETRIC || second.intent == INTENT_ABSOLUTE_COLORIMETRIC) return false;
+    Profile from(key.profiles[first.profile]), to(key.profiles[second.profile]);
+    return IsRgbMatrixShaper(from.handle, first.intent, LCMS_USED_AS_INPUT) &&
+           IsRgbMatrixShaper(to.handle, second.intent, LCMS_USED_AS_OUTPUT);
+}
+
+bool MatrixShapersSurelyJoin(const ChainKey& key) {
+    if (!JoinsTwoMatrixShapers(key) || (key.lcmsFlags & cmsFLAGS_BLACKPOINTCOMPENSATION)) return false;
+    for (const ProfileUse& use : key.uses) {
+        Profile profile(key.profiles[use.profile]);
+        Matrix colorants;
+        const cmsToneCurve* curves[3];
+        // lcms2 calls a matrix singular below a determinant of 1e-4; far
+        // from that, inverting it cannot fail.
+        if (!Colorants(profile.handle, colorants) || !Curves(profile.handle, curves) ||
+            !(std::fabs(Determinant(colorants)) > 0.01))
+            return false;
+    }
+    return true;
+}
+
 std::unique_ptr<EightBitPath> MakeMatrixShaperPath(ChainTransforms& chain, cmsUInt32Number inputFormat,
                                                    cmsUInt32Number outputFormat, const PixelBytes& in,
                                                    const PixelBytes& out) {
     const ChainKey& key = chain.Key();
-    if (key.uses.size() != 2 || in.channels != 3 || out.channels != 3) return nullptr;
-    const ProfileUse &first = key.uses[0], &second = key.uses[1];
-    if (first.intent == INTENT_ABSOLUTE_COLORIMETRIC || second.intent == INTENT_ABSOLUTE_COLORIMETRIC)
-        return nullptr;
-    Profile from(key.profiles[first.profile]), to(key.profiles[second.profile]);
-    if (!IsRgbMatrixShaper(from.handle, first.intent, LCMS_USED_AS_INPUT) ||
-        !IsRgbMatrixShaper(to.handle, second.intent, LCMS_USED_AS_OUTPUT))
-        return nullptr;
+    if (in.channels != 3 || out.channels != 3 || !JoinsTwoMatrixShapers(key)) return nullptr;
+    Profile from(key.profiles[key.uses[0].profile]), to(key.profiles[key.uses[1].profile]);
     auto tables = BuildTables(from.handle, to.handle, in, out);
     if (!tables) return nullptr;
     auto path = std::make_unique<MatrixShaperPath>(std::move(tables));

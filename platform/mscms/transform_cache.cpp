@@ -5,6 +5,8 @@
 #include <list>
 #include <mutex>
 
+#include "eight_bit_path.h"
+
 namespace tesk::mscms {
 namespace {
 
@@ -41,9 +43,17 @@ std::shared_ptr<ChainTransforms> AcquireChain(ChainKey key, DWORD& error) {
     // threads may meanwhile use chains already cached.
     auto chain = std::make_shared<ChainTransforms>(std::move(key));
     // Unoptimised, lcms2 joins the profiles without precalculating a table
-    // that the platform's own 8-bit paths would never use.
+    // that the platform's own 8-bit paths would never use. Two matrix shapers
+    // are joined as the matrix-shaper path checks itself against, so that
+    // this transform is the one it reuses rather than a second one made.
+    // Where the tags alone prove the join, the transform waits for first
+    // use: the display chain every run makes is seldom used, and reversing
+    // sampled output curves is most of what a transform costs.
     const auto [input, output] = chain->UsualFormats();
-    if (!chain->For(input, output, &error, cmsFLAGS_NOOPTIMIZE)) return nullptr;
+    if (!MatrixShapersSurelyJoin(chain->Key())) {
+        const cmsUInt32Number flags = JoinsTwoMatrixShapers(chain->Key()) ? 0 : cmsFLAGS_NOOPTIMIZE;
+        if (!chain->For(input, output, &error, flags)) return nullptr;
+    }
 
     std::lock_guard lock(cache.mutex);
     if (auto raced = cache.Find(chain->Key())) return raced;

@@ -8,8 +8,9 @@
 namespace tesk::mscms {
 
 // The chain for `key`, from the cache or newly made. A new chain has its
-// usual format pair made at once, which proves the profiles can be joined;
-// when they cannot, null with `error` set.
+// usual format pair made at once, which proves the profiles can be joined
+// (unless their tags already prove it); when they cannot, null with `error`
+// set.
 std::shared_ptr<ChainTransforms> AcquireChain(ChainKey key, DWORD& error);
 
 // Chains held by the cache, least recently used first out beyond this.

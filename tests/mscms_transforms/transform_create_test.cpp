@@ -167,6 +167,15 @@ TEST_F(TransformCreation, BadArgumentsGiveNullAndAReason) {
     HPROFILE withBroken[2] = {a.Get(), broken.Get()};
     EXPECT_EQ(create(withBroken, 2, intents, 2), DWORD{ERROR_INVALID_PROFILE});
 
+    // Matrix shapers whose destination matrix is singular: lcms2 refuses the
+    // join, and creation must say so even where joins wait for first use.
+    cmsHPROFILE flat = cmsOpenProfileFromMem(srgb_.data(), static_cast<cmsUInt32Number>(srgb_.size()));
+    const cmsCIEXYZ red = *static_cast<const cmsCIEXYZ*>(cmsReadTag(flat, cmsSigRedColorantTag));
+    cmsWriteTag(flat, cmsSigGreenColorantTag, &red);
+    OpenedProfile singular(SavedProfile(flat));
+    HPROFILE toSingular[2] = {a.Get(), singular.Get()};
+    EXPECT_EQ(create(toSingular, 2, intents, 2), DWORD{ERROR_INVALID_TRANSFORM});
+
     // Class, data space and connection space outside ICC.1 (the fuzzer's find:
     // such a word once reached lcms2's enumerations).
     for (size_t offset : {12, 16, 20}) {
