@@ -93,7 +93,7 @@ SCommand AddSeparateCommand(CLI::App& root) {
         "--invert", options->invert, "plates hold 255 (65535) for no ink; without it they hold ink amounts");
     command->add_flag("--packed", options->packed, "one CMYK TIFF or JPEG of ink amounts (8-bit; 16-bit TIFF with --16bit) carrying the CMYK profile")
         ->excludes(invert);
-    command->add_flag("--16bit", options->sixteenBit, "with --packed: 16 bits a channel");
+    command->add_flag("--16bit", options->sixteenBit, "with --packed: 16 bits a channel (the colour manager separates at 8-bit precision)");
     CLI::Option* cmyk = AddCmykOption(*command, options->cmyk);
     command->add_option("--link", options->link, "separate through this RGB-to-CMYK device link instead")
         ->type_name("LINK")
