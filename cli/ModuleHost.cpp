@@ -17,6 +17,7 @@
 #include "cli/SessionSettings.h"
 #include "cli/imageio/ImageFile.h"
 #include "cli/imageio/OutputFile.h"
+#include "cli/imageio/StandardStreams.h"
 #include "colormgr/ColorManager.h"
 #include "icc/ICCReadColorProfile.h"
 
@@ -88,7 +89,20 @@ std::string ProfileFile(const std::string& argument, CColorManager* manager) {
     return "";
 }
 
+// "-": a profile, or an image for its embedded profile, on standard input.
+SProfileSource ReadStandardInputProfile() {
+    const std::string name = kStandardInputName;
+    const std::vector<uint8_t>& bytes = StandardInputBytes(SReadOptions{}.maxPixels);
+    if (!DetectImageType(bytes.data(), bytes.size()))
+        return {bytes, name, "", tesk::path::ToWindows(KeepForThisRun(bytes))};
+    SImageHeader image = ReadImageHeader("-");
+    if (image.iccProfile.empty()) throw CCliError(EExit::NotFound, name + ": the image carries no ICC profile");
+    const std::string kept = KeepForThisRun(image.iccProfile);
+    return {std::move(image.iccProfile), name + " (embedded)", "", tesk::path::ToWindows(kept)};
+}
+
 SProfileSource ReadProfileSource(const std::string& argument, CColorManager* manager) {
+    if (IsStandardStream(argument)) return ReadStandardInputProfile();
     const std::string path = ProfileFile(argument, manager);
     if (path.empty()) throw CCliError(EExit::NotFound, argument + ": no such file or installed profile");
     std::vector<uint8_t> bytes;

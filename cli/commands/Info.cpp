@@ -222,8 +222,9 @@ SCommand AddInfoCommand(CLI::App& root) {
     CLI::App* command = AddSubcommand(
         root, "info", "check and analyse a profile or an image's embedded profile",
         "Checks a profile (a file, an installed profile's name, or the profile embedded in a\n"
-        "TIFF, PNG or JPEG image) the way the colour manager does and describes it: the raw\n"
-        "check's verdict (and why a file is refused), header fields, description and copyright;\n"
+        "TIFF, PNG or JPEG image; '-' reads either from standard input) the way the colour\n"
+        "manager does and describes it: the raw check's verdict (and why a file is refused),\n"
+        "header fields, description and copyright;\n"
         "the module's analysis (its readings of the tone curves, colorants and white point, and\n"
         "how it classifies the profile) beside the values the file holds, as Little CMS reads them.\n"
         "With --gamut, instead: how many of an image's pixels the CMYK profile cannot print.\n"
@@ -238,7 +239,7 @@ SCommand AddInfoCommand(CLI::App& root) {
     CLI::Option* gamut = command->add_flag(
         "--gamut", options->gamut, "instead: the share of the image's pixels the CMYK profile cannot print");
     AddCmykOption(*command, options->cmyk)->needs(gamut);
-    command->add_option("PROFILE", options->profile, "a profile file, an installed name, or an image")->required();
+    command->add_option("PROFILE", options->profile, "a profile file, an installed name, an image, or - for standard input")->required();
     return {command, [options] { return Run(*options); }};
 }
 

@@ -32,6 +32,8 @@ TEST_F(CliStreams, APipedRunWritesTheSameBytesAsTheFileRun) {
     ASSERT_EQ(RunTeskcolor({"combine", Path("cmyk.tif"), Path("back.png")}).code, 0);
     ASSERT_EQ(Shell("$T separate --packed chart.png - --format tiff | $T combine - piped.png"), 0);
     EXPECT_EQ(ReadBytes(Path("piped.png")), ReadBytes(Path("back.png")));
+    // info reads a piped image's embedded profile: the CMYK one, not the working space.
+    EXPECT_EQ(Shell("$T info - < cmyk.tif | grep -q 'colour_space: *CMYK'"), 0);
 
     EXPECT_EQ(Shell("$T convert chart.png - > none.tif"), 2);  // no --format
     EXPECT_EQ(std::filesystem::file_size(Path("none.tif")), 0u);
