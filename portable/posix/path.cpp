@@ -28,13 +28,6 @@ std::string ToNative(const wchar_t* windowsPath) {
     return native;
 }
 
-std::wstring ToWindows(const std::string& nativePath) {
-    std::wstring wide = Wide(nativePath);
-    for (wchar_t& ch : wide)
-        if (ch == L'/') ch = L'\\';
-    return wide;
-}
-
 std::string ConfigDirectory() {
     std::string base;
     if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg) {

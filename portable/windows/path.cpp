@@ -22,13 +22,6 @@ std::string ToNative(const wchar_t* windowsPath) {
     return Utf8(native);
 }
 
-std::wstring ToWindows(const std::string& nativePath) {
-    std::wstring wide = Wide(nativePath);
-    for (wchar_t& ch : wide)
-        if (ch == L'/') ch = L'\\';
-    return wide;
-}
-
 std::string ConfigDirectory() {
     std::wstring base;
     if (const wchar_t* appData = _wgetenv(L"APPDATA"); appData && *appData) {
